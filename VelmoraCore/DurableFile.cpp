@@ -1,0 +1,220 @@
+#include "DurableFile.h"
+
+#include <cerrno>
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace velmora {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr mode_t privateFolderMode = 0700;
+constexpr std::string_view uniqueSuffix = "XXXXXX";
+
+[[noreturn]] void fail(const std::string& operation, const fs::path& path, int error)
+{
+    throw fs::filesystem_error(operation, path, std::error_code(error, std::system_category()));
+}
+
+fs::path folderOf(const fs::path& target)
+{
+    fs::path folder = target.parent_path();
+    return folder.empty() ? fs::path(".") : folder;
+}
+
+// Closes a descriptor of ours when it goes out of scope.
+class ScopedDescriptor {
+public:
+    explicit ScopedDescriptor(int descriptor)
+        : m_descriptor(descriptor)
+    {
+    }
+    ScopedDescriptor(const ScopedDescriptor&) = delete;
+    ScopedDescriptor& operator=(const ScopedDescriptor&) = delete;
+    ScopedDescriptor(ScopedDescriptor&&) = delete;
+    ScopedDescriptor& operator=(ScopedDescriptor&&) = delete;
+    ~ScopedDescriptor()
+    {
+        if (m_descriptor >= 0)
+            ::close(m_descriptor);
+    }
+    [[nodiscard]] int get() const { return m_descriptor; }
+
+private:
+    int m_descriptor;
+};
+
+// The temporary file of one write: closed and removed unless the write got
+// as far as renaming it over the target.
+class Temporary {
+public:
+    Temporary(FileSystemCalls& calls, std::string path, int descriptor)
+        : m_calls(calls)
+        , m_path(std::move(path))
+        , m_descriptor(descriptor)
+    {
+    }
+    Temporary(const Temporary&) = delete;
+    Temporary& operator=(const Temporary&) = delete;
+    Temporary(Temporary&&) = delete;
+    Temporary& operator=(Temporary&&) = delete;
+    ~Temporary()
+    {
+        if (m_descriptor >= 0)
+            m_calls.close(m_descriptor); // Failing anyway; its result adds nothing.
+        if (!m_renamed)
+            m_calls.unlink(m_path.c_str()); // Best effort; a leftover is removed by a later write.
+    }
+
+    [[nodiscard]] const std::string& path() const { return m_path; }
+    [[nodiscard]] int descriptor() const { return m_descriptor; }
+
+    void writeAll(std::string_view bytes)
+    {
+        while (!bytes.empty()) {
+            const ssize_t written = m_calls.write(m_descriptor, bytes.data(), bytes.size());
+            if (written < 0) {
+                if (errno == EINTR)
+                    continue;
+                fail("write temporary file", m_path, errno);
+            }
+            if (written == 0)
+                fail("write temporary file", m_path, EIO);
+            bytes.remove_prefix(static_cast<std::size_t>(written));
+        }
+    }
+
+    void closeChecked()
+    {
+        const int descriptor = m_descriptor;
+        m_descriptor = -1; // Closed even when close() reports an error: never close twice.
+        if (m_calls.close(descriptor) != 0)
+            fail("close temporary file", m_path, errno);
+    }
+
+    void markRenamed() { m_renamed = true; }
+
+private:
+    FileSystemCalls& m_calls;
+    std::string m_path;
+    int m_descriptor;
+    bool m_renamed = false;
+};
+
+// Removes temporaries left by writers that were killed. A live writer holds
+// an exclusive lock on its temporary, so a temporary that can be locked has
+// no writer any more.
+void removeAbandonedTemporaries(const fs::path& target, FileSystemCalls& calls)
+{
+    const fs::path folder = folderOf(target);
+    const std::string prefix = DurableFile::temporaryPrefix(target);
+    DIR* directory = ::opendir(folder.c_str());
+    if (directory == nullptr)
+        return; // Nothing to tidy, or nothing we may tidy: the write reports real problems itself.
+    while (const dirent* entry = ::readdir(directory)) {
+        const std::string_view name = entry->d_name;
+        if (name.size() != prefix.size() + uniqueSuffix.size() || !name.starts_with(prefix))
+            continue;
+        const fs::path path = folder / name;
+        const ScopedDescriptor leftover(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+        if (leftover.get() >= 0 && ::flock(leftover.get(), LOCK_EX | LOCK_NB) == 0)
+            calls.unlink(path.c_str()); // Best effort: a leftover only costs a few bytes.
+    }
+    ::closedir(directory);
+}
+
+} // namespace
+
+std::string DurableFile::temporaryPrefix(const fs::path& target)
+{
+    return "." + target.filename().string() + ".";
+}
+
+bool DurableFile::exists(const fs::path& path)
+{
+    struct stat status { };
+    if (::stat(path.c_str(), &status) == 0)
+        return true;
+    if (errno == ENOENT || errno == ENOTDIR)
+        return false;
+    fail("look for file", path, errno);
+}
+
+std::string DurableFile::read(const fs::path& path)
+{
+    const ScopedDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (file.get() < 0)
+        fail("open file", path, errno);
+    std::string content;
+    constexpr std::size_t chunk = 64 * 1024;
+    for (;;) {
+        const std::size_t used = content.size();
+        content.resize(used + chunk);
+        const ssize_t count = ::read(file.get(), content.data() + used, chunk);
+        if (count < 0) {
+            content.resize(used);
+            if (errno == EINTR)
+                continue;
+            fail("read file", path, errno);
+        }
+        content.resize(used + static_cast<std::size_t>(count));
+        if (count == 0)
+            return content;
+    }
+}
+
+void DurableFile::createFolders(const fs::path& folder, FileSystemCalls& calls)
+{
+    fs::path partial;
+    for (const fs::path& component : folder) {
+        partial /= component;
+        struct stat status { };
+        if (::stat(partial.c_str(), &status) == 0) {
+            if (!S_ISDIR(status.st_mode))
+                fail("create folder", partial, ENOTDIR);
+            continue;
+        }
+        if (calls.makeFolder(partial.c_str(), privateFolderMode) != 0 && errno != EEXIST)
+            fail("create folder", partial, errno);
+    }
+}
+
+void DurableFile::write(const fs::path& target, std::string_view bytes, FileSystemCalls& calls)
+{
+    removeAbandonedTemporaries(target, calls);
+
+    std::string pathTemplate = (folderOf(target) / (temporaryPrefix(target) + std::string(uniqueSuffix))).string();
+    const int descriptor = calls.createUniqueFile(pathTemplate.data());
+    if (descriptor < 0)
+        fail("create temporary file", pathTemplate, errno);
+    Temporary temporary(calls, pathTemplate, descriptor);
+    // Marks the temporary as in use for removeAbandonedTemporaries(). Without
+    // the lock another writer may remove it, and then our rename fails
+    // cleanly, so a failure here is not worth failing the write for.
+    ::flock(temporary.descriptor(), LOCK_EX | LOCK_NB);
+
+    temporary.writeAll(bytes);
+    if (calls.fsync(temporary.descriptor()) != 0)
+        fail("flush temporary file", temporary.path(), errno);
+    temporary.closeChecked();
+    if (calls.rename(temporary.path().c_str(), target.c_str()) != 0)
+        fail("replace file", target, errno);
+    temporary.markRenamed();
+
+    // The new content is in place under its name; flushing the folder makes
+    // the rename itself durable. Its failure is deliberately not reported:
+    // nothing can be undone and some file systems cannot flush folders.
+    const int folder = calls.openFolder(folderOf(target).c_str());
+    if (folder >= 0) {
+        calls.fsync(folder);
+        calls.close(folder);
+    }
+}
+
+} // namespace velmora

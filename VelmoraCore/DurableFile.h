@@ -1,0 +1,55 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+#include "FileSystemCalls.h"
+
+namespace velmora {
+
+// Reads and replaces small whole files so that they survive crashes.
+//
+// Guarantees of write():
+//  - A reader, or a process that crashes or is killed at any instant, finds
+//    either the old complete file or the new complete file, never a mixture
+//    or a truncated file: the bytes go to a temporary file in the same
+//    folder, which is flushed to the device (fsync, also when the target is
+//    new) and then renamed over the target. The folder is flushed after the
+//    rename so that the new name itself survives a power cut.
+//  - On any failure the target is untouched and the temporary is removed.
+//  - The temporary is created exclusively with mode 0600 and named
+//    ".<target name>.XXXXXX", so a leftover is recognisable. Leftovers of
+//    writers that were killed are removed by later writes; a temporary that
+//    a live writer still holds is left alone.
+//
+// Caveats:
+//  - A symbolic link at the target is replaced by the rename, not followed.
+//  - A failure to flush the folder after the rename is not reported: the new
+//    file is already in place, and some file systems cannot flush a folder.
+//  - Not for concurrent writers of one target: the last rename wins.
+//
+// Failures are std::filesystem::filesystem_error, naming the operation, the
+// path and the system's reason.
+class DurableFile {
+public:
+    DurableFile() = delete;
+
+    // The whole content of the file at `path`.
+    static std::string read(const std::filesystem::path& path);
+
+    // Whether something exists at `path` (following symbolic links). Throws
+    // when the answer cannot be known, such as for a folder it may not search.
+    static bool exists(const std::filesystem::path& path);
+
+    // Creates `folder` and any missing parents, mode 0700. An existing folder
+    // is fine; an existing file in the way is an error.
+    static void createFolders(const std::filesystem::path& folder, FileSystemCalls& calls = FileSystemCalls::system());
+
+    static void write(const std::filesystem::path& target, std::string_view bytes, FileSystemCalls& calls = FileSystemCalls::system());
+
+    // The prefix shared by every temporary file of `target`.
+    static std::string temporaryPrefix(const std::filesystem::path& target);
+};
+
+} // namespace velmora

@@ -1,0 +1,154 @@
+// Day keys, week keys and the parsing of day keys, all reckoned by ICU.
+
+#include <array>
+#include <cstdio>
+#include <memory>
+#include <stdexcept>
+
+#include <unicode/gregocal.h>
+#include <unicode/locid.h>
+#include <unicode/smpdtfmt.h>
+#include <unicode/unistr.h>
+
+#include "PracticeState.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr std::size_t dayKeyLength = 10;
+
+void checkICU(UErrorCode status, const char* operation)
+{
+    // Only a program error (or an ICU without its data) gets here: every
+    // real instant has a year, a month and a day.
+    if (U_FAILURE(status))
+        throw std::logic_error(std::string(operation) + ": " + u_errorName(status));
+}
+
+UDate toUDate(Instant instant)
+{
+    return static_cast<UDate>(instant.time_since_epoch().count());
+}
+
+// ICU calendars change their fields even when only read, so they are never
+// shared between threads: each thread keeps one, moved to the zone in use.
+icu::Calendar& gregorianIn(const UserCalendar& calendar)
+{
+    thread_local std::unique_ptr<icu::GregorianCalendar> gregorian;
+    // Holding the zone keeps its address from being reused by another zone,
+    // so comparing addresses is a sound test for "same zone as last time".
+    thread_local std::unique_ptr<UserCalendar> zoneInUse;
+    if (!gregorian) {
+        UErrorCode status = U_ZERO_ERROR;
+        gregorian = std::make_unique<icu::GregorianCalendar>(calendar.timeZone(), icu::Locale::getRoot(), status);
+        checkICU(status, "creating a Gregorian calendar");
+        zoneInUse = std::make_unique<UserCalendar>(calendar);
+    } else if (&zoneInUse->timeZone() != &calendar.timeZone()) {
+        gregorian->setTimeZone(calendar.timeZone());
+        *zoneInUse = calendar;
+    }
+    return *gregorian;
+}
+
+std::string dayKeyOfFields(icu::Calendar& gregorian)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    const int32_t year = gregorian.get(UCAL_YEAR, status);
+    const int32_t month = gregorian.get(UCAL_MONTH, status) + 1;
+    const int32_t day = gregorian.get(UCAL_DATE, status);
+    checkICU(status, "reading a calendar day");
+    std::array<char, 32> key{};
+    std::snprintf(key.data(), key.size(), "%04d-%02d-%02d", year, month, day);
+    return key.data();
+}
+
+// The fixed "yyyy-MM-dd" format in UTC that day keys are checked against.
+class DayKeyFormat {
+public:
+    DayKeyFormat()
+    {
+        UErrorCode status = U_ZERO_ERROR;
+        const icu::Locale posix("en_US_POSIX");
+        m_format = std::make_unique<icu::SimpleDateFormat>(icu::UnicodeString(u"yyyy-MM-dd"), posix, status);
+        checkICU(status, "creating the day-key format");
+        m_format->adoptCalendar(new icu::GregorianCalendar(*icu::TimeZone::getGMT(), posix, status));
+        checkICU(status, "creating the day-key calendar");
+        m_format->setLenient(false);
+    }
+
+    std::optional<Instant> parse(std::string_view key)
+    {
+        const auto text = icu::UnicodeString::fromUTF8(icu::StringPiece(key.data(), static_cast<int32_t>(key.size())));
+        UErrorCode status = U_ZERO_ERROR;
+        const UDate parsed = m_format->parse(text, status);
+        if (U_FAILURE(status))
+            return std::nullopt;
+        // A day the parser normalised (such as the 30th of February), or any
+        // other text that does not reproduce itself, is not a day key.
+        icu::UnicodeString formatted;
+        m_format->format(parsed, formatted);
+        std::string reformatted;
+        formatted.toUTF8String(reformatted);
+        if (reformatted != key)
+            return std::nullopt;
+        return Instant(std::chrono::milliseconds(static_cast<std::int64_t>(parsed)));
+    }
+
+private:
+    std::unique_ptr<icu::SimpleDateFormat> m_format;
+};
+
+bool hasDayKeyShape(std::string_view key)
+{
+    // The formatter only ever writes four digits, a hyphen, two digits, a
+    // hyphen and two digits, so anything else cannot reproduce itself; this
+    // spares ICU the obvious rejections without changing what is accepted.
+    for (std::size_t i = 0; i < dayKeyLength; ++i) {
+        const bool hyphen = i == 4 || i == 7;
+        const char c = key[i];
+        if (hyphen ? c != '-' : (c < '0' || c > '9'))
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
+std::string PracticeState::dayKey(Instant date, const UserCalendar& calendar)
+{
+    icu::Calendar& gregorian = gregorianIn(calendar);
+    UErrorCode status = U_ZERO_ERROR;
+    gregorian.setTime(toUDate(date), status);
+    checkICU(status, "setting a calendar's time");
+    return dayKeyOfFields(gregorian);
+}
+
+std::string PracticeState::weekKey(Instant date, const UserCalendar& calendar)
+{
+    icu::Calendar& gregorian = gregorianIn(calendar);
+    UErrorCode status = U_ZERO_ERROR;
+    gregorian.setTime(toUDate(date), status);
+    const int32_t weekday = gregorian.get(UCAL_DAY_OF_WEEK, status); // 1 is Sunday
+    checkICU(status, "reading a weekday");
+    const int32_t daysSinceMonday = (weekday + 5) % 7;
+    // Calendar-day steps from the start of the day, not 24-hour steps, so
+    // that days of 23 or 25 hours (or a skipped day) land on the right date.
+    gregorian.set(UCAL_HOUR_OF_DAY, 0);
+    gregorian.set(UCAL_MINUTE, 0);
+    gregorian.set(UCAL_SECOND, 0);
+    gregorian.set(UCAL_MILLISECOND, 0);
+    gregorian.add(UCAL_DATE, -daysSinceMonday, status);
+    checkICU(status, "moving back to Monday");
+    return dayKeyOfFields(gregorian);
+}
+
+std::optional<Instant> PracticeState::parseDay(std::string_view key)
+{
+    if (key.size() != dayKeyLength || !hasDayKeyShape(key))
+        return std::nullopt;
+    thread_local DayKeyFormat format;
+    return format.parse(key);
+}
+
+} // namespace velmora

@@ -1,0 +1,18 @@
+# velmora_add_tests(<name> SOURCES <files...> [LIBRARIES <targets...>] [LABELS <labels...>])
+#
+# One GoogleTest executable whose tests CTest lists one by one. Concurrency
+# tests go in an executable labelled "concurrency": the ThreadSanitizer run of
+# the test command selects them by that label.
+function(velmora_add_tests name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES;LABELS" ${ARGN})
+    add_executable(${name} ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} GTest::gmock GTest::gtest GTest::gtest_main VelmoraWarnings)
+    target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
+    set(properties TIMEOUT 600)
+    if(ARG_LABELS)
+        list(APPEND properties LABELS "${ARG_LABELS}")
+    endif()
+    # Listed when the tests run, not at build time, so that a sanitizer build
+    # does not run every binary twice.
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES ${properties})
+endfunction()

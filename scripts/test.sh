@@ -1,0 +1,27 @@
+#!/bin/sh
+# Builds and runs every test: a normal build, an AddressSanitizer +
+# UndefinedBehaviorSanitizer build, and the concurrency tests under
+# ThreadSanitizer. Installs missing Debian packages first.
+set -eu
+cd "$(dirname "$0")/.."
+./scripts/install-dependencies.sh
+
+jobs=$(nproc)
+
+build_and_test() {
+    name=$1
+    shift
+    ctest_filter=$1
+    shift
+    cmake -S . -B "build/$name" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo "$@"
+    cmake --build "build/$name" --parallel "$jobs"
+    # shellcheck disable=SC2086 # an empty filter must vanish
+    ctest --test-dir "build/$name" --output-on-failure --parallel "$jobs" $ctest_filter
+}
+
+build_and_test normal ""
+ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1:detect_stack_use_after_return=1 \
+UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
+    build_and_test asan "" -DVELMORA_SANITIZE=address,undefined -DVELMORA_BUILD_BENCHMARKS=OFF
+TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1 \
+    build_and_test tsan "--label-regex concurrency" -DVELMORA_SANITIZE=thread -DVELMORA_BUILD_BENCHMARKS=OFF
