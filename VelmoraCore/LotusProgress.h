@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace velmora {
 
@@ -11,6 +12,14 @@ namespace velmora {
 struct LotusProgress {
     // Upper limit of the growth counter: a lotus at 14 is fully grown.
     static constexpr std::int64_t fullGrowth = 14;
+
+    LotusProgress() = default;
+    explicit LotusProgress(std::int64_t initialMoments, std::optional<std::string> initialLastDay = std::nullopt, std::optional<std::int64_t> initialGrowthMoments = std::nullopt)
+        : moments(initialMoments)
+        , lastDay(std::move(initialLastDay))
+        , growthMoments(initialGrowthMoments)
+    {
+    }
 
     // Every moment ever noticed for the topic; never decays.
     std::int64_t moments = 0;

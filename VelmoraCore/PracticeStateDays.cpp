@@ -51,6 +51,18 @@ icu::Calendar& gregorianIn(const UserCalendar& calendar)
     return *gregorian;
 }
 
+// A calendar for pure date arithmetic: in UTC every calendar day is one step.
+icu::Calendar& utcDates()
+{
+    thread_local std::unique_ptr<icu::GregorianCalendar> dates;
+    if (!dates) {
+        UErrorCode status = U_ZERO_ERROR;
+        dates = std::make_unique<icu::GregorianCalendar>(*icu::TimeZone::getGMT(), icu::Locale::getRoot(), status);
+        checkICU(status, "creating a UTC Gregorian calendar");
+    }
+    return *dates;
+}
+
 std::string dayKeyOfFields(icu::Calendar& gregorian)
 {
     UErrorCode status = U_ZERO_ERROR;
@@ -129,18 +141,22 @@ std::string PracticeState::weekKey(Instant date, const UserCalendar& calendar)
     icu::Calendar& gregorian = gregorianIn(calendar);
     UErrorCode status = U_ZERO_ERROR;
     gregorian.setTime(toUDate(date), status);
+    const int32_t year = gregorian.get(UCAL_YEAR, status);
+    const int32_t month = gregorian.get(UCAL_MONTH, status);
+    const int32_t day = gregorian.get(UCAL_DATE, status);
     const int32_t weekday = gregorian.get(UCAL_DAY_OF_WEEK, status); // 1 is Sunday
-    checkICU(status, "reading a weekday");
+    checkICU(status, "reading a calendar day");
     const int32_t daysSinceMonday = (weekday + 5) % 7;
-    // Calendar-day steps from the start of the day, not 24-hour steps, so
-    // that days of 23 or 25 hours (or a skipped day) land on the right date.
-    gregorian.set(UCAL_HOUR_OF_DAY, 0);
-    gregorian.set(UCAL_MINUTE, 0);
-    gregorian.set(UCAL_SECOND, 0);
-    gregorian.set(UCAL_MILLISECOND, 0);
-    gregorian.add(UCAL_DATE, -daysSinceMonday, status);
+
+    // Whole calendar days back from the local date. A zoned calendar steps in
+    // 24-hour units corrected for offset changes, which goes wrong when a
+    // zone skips a whole day (Apia, 30 December 2011).
+    icu::Calendar& dates = utcDates();
+    dates.clear();
+    dates.set(year, month, day);
+    dates.add(UCAL_DATE, -daysSinceMonday, status);
     checkICU(status, "moving back to Monday");
-    return dayKeyOfFields(gregorian);
+    return dayKeyOfFields(dates);
 }
 
 std::optional<Instant> PracticeState::parseDay(std::string_view key)

@@ -1,0 +1,122 @@
+#include <fcntl.h>
+#include <filesystem>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include "CoreTestSupport.h"
+#include "TemporaryFolder.h"
+#include "VelmoraCore/DurableFile.h"
+
+namespace velmora {
+namespace {
+
+namespace fs = std::filesystem;
+using test::fileBytes;
+using test::writeFileBytes;
+
+class DurableFileTest : public testing::Test {
+protected:
+    fs::path target() const { return m_folder / "practice.json"; }
+
+    fs::path abandonedTemporary(const char* suffix) const
+    {
+        const fs::path path = m_folder / (DurableFile::temporaryPrefix(target()) + suffix);
+        writeFileBytes(path, "half a state");
+        return path;
+    }
+
+    test::TemporaryFolder m_folder;
+};
+
+TEST_F(DurableFileTest, Write_ReplacesTheWholeContent)
+{
+    DurableFile::write(target(), "a much longer first content");
+    DurableFile::write(target(), "short");
+    EXPECT_EQ(DurableFile::read(target()), "short");
+    DurableFile::write(target(), "");
+    EXPECT_EQ(DurableFile::read(target()), "");
+}
+
+TEST_F(DurableFileTest, Write_ReplacesASymbolicLinkInsteadOfFollowingIt)
+{
+    const fs::path elsewhere = m_folder / "elsewhere.json";
+    writeFileBytes(elsewhere, "not ours");
+    fs::create_symlink(elsewhere, target());
+    DurableFile::write(target(), "ours");
+    EXPECT_FALSE(fs::is_symlink(target()));
+    EXPECT_EQ(fileBytes(target()), "ours");
+    EXPECT_EQ(fileBytes(elsewhere), "not ours");
+}
+
+TEST_F(DurableFileTest, Write_RemovesTemporariesOfWritersThatDied)
+{
+    const fs::path first = abandonedTemporary("a1B2c3");
+    const fs::path second = abandonedTemporary("zzzzzz");
+    const fs::path unrelated = m_folder / ".practice.json.backup-of-mine";
+    writeFileBytes(unrelated, "keep");
+    DurableFile::write(target(), "new");
+    EXPECT_FALSE(fs::exists(first));
+    EXPECT_FALSE(fs::exists(second));
+    EXPECT_TRUE(fs::exists(unrelated)) << "only names of our own temporaries are touched";
+}
+
+TEST_F(DurableFileTest, Write_LeavesATemporaryThatALiveWriterHolds)
+{
+    const fs::path inFlight = abandonedTemporary("Live01");
+    const int descriptor = ::open(inFlight.c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_GE(descriptor, 0);
+    ASSERT_EQ(::flock(descriptor, LOCK_EX), 0);
+    DurableFile::write(target(), "new");
+    EXPECT_TRUE(fs::exists(inFlight));
+    ::close(descriptor);
+    DurableFile::write(target(), "newer");
+    EXPECT_FALSE(fs::exists(inFlight));
+}
+
+TEST_F(DurableFileTest, CreateFolders_AcceptsExistingFoldersAndRefusesFilesInTheWay)
+{
+    const fs::path nested = m_folder / "a" / "b" / "c";
+    DurableFile::createFolders(nested);
+    DurableFile::createFolders(nested);
+    EXPECT_TRUE(fs::is_directory(nested));
+    EXPECT_EQ(fs::status(nested).permissions(), fs::perms::owner_all);
+
+    writeFileBytes(m_folder / "file", "");
+    EXPECT_THROW(DurableFile::createFolders(m_folder / "file"), fs::filesystem_error);
+    EXPECT_THROW(DurableFile::createFolders(m_folder / "file" / "below"), fs::filesystem_error);
+}
+
+TEST_F(DurableFileTest, Exists_FollowsLinksAndTreatsAFileInThePathAsAbsence)
+{
+    EXPECT_FALSE(DurableFile::exists(target()));
+    fs::create_symlink(m_folder / "missing", target());
+    EXPECT_FALSE(DurableFile::exists(target())) << "a dangling link is no file";
+    writeFileBytes(m_folder / "file", "");
+    EXPECT_FALSE(DurableFile::exists(m_folder / "file" / "practice.json"));
+    EXPECT_TRUE(DurableFile::exists(m_folder / "file"));
+}
+
+TEST_F(DurableFileTest, Read_ReportsTheOperationPathAndReason)
+{
+    try {
+        (void)DurableFile::read(target());
+        FAIL() << "read a missing file";
+    } catch (const fs::filesystem_error& error) {
+        EXPECT_EQ(error.code(), std::errc::no_such_file_or_directory);
+        EXPECT_EQ(error.path1(), target());
+        EXPECT_NE(std::string(error.what()).find("open file"), std::string::npos) << error.what();
+    }
+}
+
+TEST_F(DurableFileTest, Read_ReturnsLargeFilesWhole)
+{
+    std::string large(300 * 1024, 'x');
+    large[12345] = '\0';
+    writeFileBytes(target(), large);
+    EXPECT_EQ(DurableFile::read(target()), large);
+}
+
+} // namespace
+} // namespace velmora

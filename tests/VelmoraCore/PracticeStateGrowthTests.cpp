@@ -1,0 +1,173 @@
+#include <limits>
+
+#include <gtest/gtest.h>
+
+#include "CoreTestSupport.h"
+#include "VelmoraCore/PracticeState.h"
+
+namespace velmora {
+namespace {
+
+using test::expectPracticeError;
+using test::utc;
+
+PracticeState withLotus(LotusProgress lotus)
+{
+    PracticeState state;
+    state.selected = {"phone"};
+    state.lotuses["phone"] = std::move(lotus);
+    return state;
+}
+
+struct GrowthCase {
+    const char* name;
+    LotusProgress lotus;
+    Instant readOn;
+    std::int64_t expected;
+};
+
+TEST(PracticeStateGrowth, GrowthMoments_DecaysOnePerIdleDayAfterOneDayOfGrace)
+{
+    const GrowthCase cases[] = {
+        {"same day", LotusProgress(5, "2025-03-01", 5), utc(2025, 3, 1, 23), 5},
+        {"next day is grace", LotusProgress(5, "2025-03-01", 5), utc(2025, 3, 2, 12), 5},
+        {"two days later", LotusProgress(5, "2025-03-01", 5), utc(2025, 3, 3), 4},
+        {"five days later", LotusProgress(5, "2025-03-01", 5), utc(2025, 3, 6), 1},
+        {"decays to zero, not below", LotusProgress(5, "2025-03-01", 5), utc(2025, 3, 9), 0},
+        {"full lotus after nineteen days", LotusProgress(30, "2025-03-01", 14), utc(2025, 3, 20), 0},
+        {"full lotus after fourteen days", LotusProgress(30, "2025-03-01", 14), utc(2025, 3, 15), 1},
+        {"clock moved back", LotusProgress(5, "2025-03-10", 5), utc(2025, 3, 1), 5},
+        {"across a month and leap day", LotusProgress(9, "2024-02-27", 9), utc(2024, 3, 2), 6},
+        {"legacy counter limited to full", LotusProgress(40, "2025-03-01"), utc(2025, 3, 1), 14},
+        {"legacy counter decays", LotusProgress(40, "2025-03-01"), utc(2025, 3, 5), 11},
+        {"no last day never decays", LotusProgress(5), utc(2030, 1, 1), 5},
+        {"unparsable last day never decays", LotusProgress(5, "2025-3-1", 4), utc(2030, 1, 1), 4},
+        {"growth counter above moments is kept", LotusProgress(1, "2025-03-01", 9), utc(2025, 3, 1), 9},
+        {"negative counter reads zero", LotusProgress(-3), utc(2025, 3, 1), 0},
+    };
+    for (const GrowthCase& c : cases)
+        EXPECT_EQ(withLotus(c.lotus).growthMoments("phone", c.readOn, UserCalendar::utc()), c.expected) << c.name;
+}
+
+TEST(PracticeStateGrowth, GrowthMoments_CountsDaysInTheCallersZone)
+{
+    // 23:30 on the 2nd in Helsinki is still the grace day; an hour later it is the 3rd.
+    const PracticeState state = withLotus(LotusProgress(5, "2025-03-01", 5));
+    const UserCalendar helsinki = UserCalendar::inTimeZone("Europe/Helsinki");
+    EXPECT_EQ(state.growthMoments("phone", utc(2025, 3, 2, 21, 30), helsinki), 5);
+    EXPECT_EQ(state.growthMoments("phone", utc(2025, 3, 2, 22, 30), helsinki), 4);
+}
+
+TEST(PracticeStateGrowth, GrowthMoments_IsZeroWithoutALotus)
+{
+    PracticeState state;
+    EXPECT_EQ(state.growthMoments("phone", utc(2025, 3, 1), UserCalendar::utc()), 0);
+    state.lotuses["money"] = LotusProgress(3);
+    EXPECT_EQ(state.growthMoments("phone", utc(2025, 3, 1), UserCalendar::utc()), 0);
+    EXPECT_EQ(state.growthMoments("not-a-topic", utc(2025, 3, 1), UserCalendar::utc()), 0);
+}
+
+TEST(PracticeStateGrowth, Growth_IsTheStoredCounterAsAFractionWithoutDecay)
+{
+    EXPECT_DOUBLE_EQ((LotusProgress(1, std::nullopt, 7).growth()), 0.5);
+    EXPECT_DOUBLE_EQ((LotusProgress(21).growth()), 1.0);
+    EXPECT_DOUBLE_EQ((LotusProgress(0).growth()), 0.0);
+    EXPECT_DOUBLE_EQ((LotusProgress(-4).growth()), 0.0);
+    EXPECT_DOUBLE_EQ((LotusProgress(99, "2000-01-01", 14).growth()), 1.0);
+}
+
+TEST(PracticeStateGrowth, Freshness_IsAlwaysFull)
+{
+    const PracticeState state = withLotus(LotusProgress(5, "2024-01-01", 5));
+    EXPECT_EQ(state.freshness("phone", utc(2025, 1, 1), UserCalendar::utc()), 1.0);
+    EXPECT_EQ(state.freshness("money", utc(2025, 1, 1), UserCalendar::utc()), 1.0);
+    EXPECT_EQ(state.freshness("unknown", utc(2025, 1, 1), UserCalendar::utc()), 1.0);
+}
+
+TEST(PracticeStateGrowth, Notice_GrowsByOneAndFoldsInTheDecaySinceTheLastNoticing)
+{
+    struct Step {
+        Instant on;
+        LotusProgress after;
+    };
+    const Step steps[] = {
+        {utc(2025, 3, 1, 8), LotusProgress(1, "2025-03-01", 1)},
+        {utc(2025, 3, 1, 20), LotusProgress(2, "2025-03-01", 2)},
+        {utc(2025, 3, 2, 9), LotusProgress(3, "2025-03-02", 3)},
+        {utc(2025, 3, 5, 9), LotusProgress(4, "2025-03-05", 2)},
+        {utc(2025, 4, 1, 9), LotusProgress(5, "2025-04-01", 1)},
+    };
+    PracticeState state;
+    state.selected = {"phone"};
+    for (const Step& step : steps) {
+        state = state.notice("phone", step.on, UserCalendar::utc());
+        EXPECT_EQ(state.lotuses.at("phone"), step.after) << *step.after.lastDay << " moment " << step.after.moments;
+    }
+    EXPECT_EQ(state.practiceDays, (PracticeState::StringSet{"2025-03-01", "2025-03-02", "2025-03-05", "2025-04-01"}));
+    EXPECT_NO_THROW(state.validated());
+}
+
+TEST(PracticeStateGrowth, Notice_KeepsAFullLotusFullAndStillCountsTheMoment)
+{
+    const PracticeState state = withLotus(LotusProgress(40, "2025-03-01", 14));
+    const PracticeState noticed = state.notice("phone", utc(2025, 3, 2), UserCalendar::utc());
+    EXPECT_EQ(noticed.lotuses.at("phone"), (LotusProgress(41, "2025-03-02", 14)));
+}
+
+TEST(PracticeStateGrowth, Notice_CountsForTheLocalDateNotTheUTCDate)
+{
+    PracticeState state;
+    state.selected = {"phone"};
+    // 00:30 on the 15th in Helsinki is 22:30 on the 14th in UTC.
+    const PracticeState noticed = state.notice("phone", utc(2025, 3, 14, 22, 30), UserCalendar::inTimeZone("Europe/Helsinki"));
+    EXPECT_EQ(noticed.lotuses.at("phone").lastDay, "2025-03-15");
+    EXPECT_EQ(noticed.practiceDays, PracticeState::StringSet{"2025-03-15"});
+}
+
+TEST(PracticeStateGrowth, Notice_ChangesNothingButTheLotusAndThePracticeDays)
+{
+    PracticeState state;
+    state.onboarded = true;
+    state.selected = {"phone", "money"};
+    state.lotuses["money"] = LotusProgress(2, "2025-01-01", 2);
+    state.practiceDays = {"2025-01-01"};
+    state.language = "pi";
+    state.hintSeen = true;
+    state.wiltWeekSeen = "2024-12-30";
+    state.reminderEnabled = true;
+    state.reminderHour = 7;
+    state.reminderMinute = 45;
+    state.waterSoundEnabled = false;
+
+    const PracticeState before = state;
+    PracticeState noticed = state.notice("phone", utc(2025, 1, 3), UserCalendar::utc());
+    EXPECT_EQ(state, before) << "the receiver is left as it was";
+
+    noticed.lotuses.erase("phone");
+    noticed.practiceDays.erase("2025-01-03");
+    EXPECT_EQ(noticed, before);
+}
+
+TEST(PracticeStateGrowth, Notice_RefusesUnselectedTopicsEvenWithALotus)
+{
+    PracticeState state;
+    state.selected = {"money"};
+    state.lotuses["phone"] = LotusProgress(3, "2025-01-01", 3);
+    const PracticeState before = state;
+    expectPracticeError([&] { (void)state.notice("phone", utc(2025, 1, 2), UserCalendar::utc()); }, PracticeError::notSelected);
+    expectPracticeError([&] { (void)state.notice("coffee", utc(2025, 1, 2), UserCalendar::utc()); }, PracticeError::notSelected);
+    EXPECT_EQ(state, before);
+}
+
+TEST(PracticeStateGrowth, Notice_RefusesToOverflowTheMomentCounter)
+{
+    constexpr std::int64_t largest = std::numeric_limits<std::int64_t>::max();
+    const PracticeState full = withLotus(LotusProgress(largest, "2025-01-01", 14));
+    expectPracticeError([&] { (void)full.notice("phone", utc(2025, 1, 2), UserCalendar::utc()); }, PracticeError::invalidData);
+
+    const PracticeState almost = withLotus(LotusProgress(largest - 1));
+    EXPECT_EQ(almost.notice("phone", utc(2025, 1, 2), UserCalendar::utc()).lotuses.at("phone").moments, largest);
+}
+
+} // namespace
+} // namespace velmora

@@ -1,0 +1,218 @@
+#include <string>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "VelmoraCore/PracticeError.h"
+#include "VelmoraCore/PracticeState.h"
+
+namespace velmora {
+namespace {
+
+using nlohmann::json;
+
+const std::string defaultJSON = R"({"version":1,"onboarded":false,"selected":[],"lotuses":{},"practiceDays":[],)"
+                                R"("language":"system","hintSeen":false,"reminderEnabled":false,"reminderHour":20,)"
+                                R"("reminderMinute":0,"waterSoundEnabled":true,"bellSoundEnabled":true})";
+
+PracticeState exampleState()
+{
+    PracticeState state;
+    state.onboarded = true;
+    state.selected = {"phone"};
+    state.lotuses["phone"] = LotusProgress(2, "2025-03-14", 2);
+    state.practiceDays = {"2025-03-13", "2025-03-14"};
+    return state;
+}
+
+TEST(PracticeStateJSON, Encode_WritesCompactMembersInFieldOrderWithoutAbsentOptionals)
+{
+    EXPECT_EQ(PracticeState().toJSON(), defaultJSON);
+    EXPECT_EQ(json::parse(PracticeState().toJSON()).size(), 12U);
+
+    PracticeState state = exampleState();
+    state.lotuses["money"] = LotusProgress(7);
+    state.wiltWeekSeen = "2025-03-10";
+    EXPECT_EQ(state.toJSON(),
+        R"({"version":1,"onboarded":true,"selected":["phone"],"lotuses":{"money":{"moments":7},)"
+        R"("phone":{"moments":2,"lastDay":"2025-03-14","growthMoments":2}},"practiceDays":["2025-03-13","2025-03-14"],)"
+        R"("language":"system","hintSeen":false,"wiltWeekSeen":"2025-03-10","reminderEnabled":false,"reminderHour":20,)"
+        R"("reminderMinute":0,"waterSoundEnabled":true,"bellSoundEnabled":true})");
+}
+
+TEST(PracticeStateJSON, RoundTrip_GivesBackAnEqualRecord)
+{
+    PracticeState full = exampleState();
+    full.selected = PracticeState::topicIDs();
+    full.lotuses["craving"] = LotusProgress(9223372036854775807, "0001-01-01", 0);
+    full.lotuses["delusion"] = LotusProgress(0);
+    full.language = "pi";
+    full.hintSeen = true;
+    full.wiltWeekSeen = "2025-03-10";
+    full.reminderEnabled = true;
+    full.reminderHour = 0;
+    full.reminderMinute = 59;
+    full.waterSoundEnabled = false;
+    full.bellSoundEnabled = false;
+    for (const PracticeState& state : {PracticeState(), exampleState(), full}) {
+        const PracticeState decoded = PracticeState::fromJSON(state.toJSON());
+        EXPECT_EQ(decoded, state);
+        EXPECT_EQ(decoded.toJSON(), state.toJSON());
+    }
+}
+
+TEST(PracticeStateJSON, Decode_AcceptsAnyOrderNullOptionalsUnknownMembersAndDuplicateSetElements)
+{
+    const PracticeState decoded = PracticeState::fromJSON(R"({
+        "bellSoundEnabled": true, "waterSoundEnabled": true, "reminderMinute": 0, "reminderHour": 20,
+        "reminderEnabled": false, "wiltWeekSeen": null, "hintSeen": false, "language": "system",
+        "practiceDays": ["2025-03-14", "2025-03-13", "2025-03-14"],
+        "lotuses": {"phone": {"growthMoments": 2, "lastDay": "2025-03-14", "moments": 2, "colour": "blue"}},
+        "selected": ["phone", "phone"], "onboarded": true, "version": 1,
+        "futureFeature": {"nested": [1, 2, {"deep": null}]}
+    })");
+    EXPECT_EQ(decoded, exampleState());
+
+    const PracticeState nulls = PracticeState::fromJSON(R"({"version":1,"onboarded":false,"selected":[],
+        "lotuses":{"phone":{"moments":3,"lastDay":null,"growthMoments":null}},"practiceDays":[],"language":"system",
+        "hintSeen":false,"reminderEnabled":false,"reminderHour":20,"reminderMinute":0,"waterSoundEnabled":true,
+        "bellSoundEnabled":true})");
+    EXPECT_EQ(nulls.lotuses.at("phone"), LotusProgress(3));
+    EXPECT_FALSE(nulls.wiltWeekSeen);
+}
+
+TEST(PracticeStateJSON, Decode_DoesNotValidate)
+{
+    json document = json::parse(defaultJSON);
+    document["version"] = 2;
+    document["language"] = "xx";
+    const PracticeState decoded = PracticeState::fromJSON(document.dump());
+    EXPECT_EQ(decoded.version, 2);
+    EXPECT_THROW(decoded.validated(), PracticeError);
+}
+
+TEST(PracticeStateJSON, Decode_TakesIntegersAtTheEdgesOfTheSigned64BitRange)
+{
+    json document = json::parse(defaultJSON);
+    document["lotuses"] = json::parse(R"({"phone":{"moments":9223372036854775807},"money":{"moments":-9223372036854775808}})");
+    const PracticeState decoded = PracticeState::fromJSON(document.dump());
+    EXPECT_EQ(decoded.lotuses.at("phone").moments, std::numeric_limits<std::int64_t>::max());
+    EXPECT_EQ(decoded.lotuses.at("money").moments, std::numeric_limits<std::int64_t>::min());
+}
+
+struct DecodeFailure {
+    const char* name;
+    std::string document;
+};
+
+std::string replacing(const std::string& member, const std::string& value)
+{
+    std::string document = defaultJSON;
+    const std::string key = "\"" + member + "\":";
+    const std::size_t start = document.find(key) + key.size();
+    const bool emptyContainer = document[start] == '{' || document[start] == '[';
+    const std::size_t end = emptyContainer ? start + 2 : document.find_first_of(",}", start);
+    return document.replace(start, end - start, value);
+}
+
+std::string withLotus(const std::string& lotus)
+{
+    return replacing("lotuses", R"({"phone":)" + lotus + "}");
+}
+
+std::string without(const std::string& member)
+{
+    json document = json::parse(defaultJSON);
+    document.erase(member);
+    return document.dump();
+}
+
+// The failure table below is only meaningful if its documents differ from a
+// good one in nothing but the replaced value.
+TEST(PracticeStateJSON, FailureFixtures_DecodeWhenGivenGoodValues)
+{
+    EXPECT_EQ(PracticeState::fromJSON(replacing("version", "1")), PracticeState());
+    EXPECT_EQ(PracticeState::fromJSON(replacing("selected", R"(["phone"])")).selected, PracticeState::StringSet{"phone"});
+    EXPECT_EQ(PracticeState::fromJSON(withLotus(R"({"moments":1,"growthMoments":2})")).lotuses.at("phone"), LotusProgress(1, std::nullopt, 2));
+    EXPECT_EQ(PracticeState::fromJSON(replacing("hintSeen", R"(false,"wiltWeekSeen":"2025-03-10")")).wiltWeekSeen, "2025-03-10");
+    EXPECT_EQ(PracticeState::fromJSON(replacing("hintSeen", "false,\"x\":" + std::string(60, '[') + std::string(60, ']'))), PracticeState());
+}
+
+TEST(PracticeStateJSON, Decode_FailsWithTheJSONLibrarysErrorOnEveryWrongShape)
+{
+    const std::string deepNesting = std::string(100000, '[') + std::string(100000, ']');
+    const DecodeFailure failures[] = {
+        {"empty text", ""},
+        {"not JSON", "practice"},
+        {"truncated", defaultJSON.substr(0, defaultJSON.size() - 1)},
+        {"trailing garbage", defaultJSON + "x"},
+        {"second document", defaultJSON + "{}"},
+        {"NUL byte after the document", defaultJSON + std::string(1, '\0') + "garbage"},
+        {"NUL byte inside a string", replacing("language", std::string("\"sys\0tem\"", 9))},
+        {"invalid UTF-8", replacing("language", "\"\xC3\x28\"")},
+        {"array", "[]"},
+        {"empty object", "{}"},
+        {"string document", "\"practice\""},
+        {"null document", "null"},
+        {"deep nesting in an unknown member", replacing("hintSeen", "false,\"x\":" + deepNesting)},
+        {"number for a Boolean", replacing("onboarded", "0")},
+        {"string for a Boolean", replacing("hintSeen", "\"false\"")},
+        {"null for a Boolean", replacing("bellSoundEnabled", "null")},
+        {"fraction for an integer", replacing("version", "1.5")},
+        {"integral fraction for an integer", replacing("reminderHour", "20.0")},
+        {"exponent for an integer", replacing("reminderMinute", "0e0")},
+        {"overflowing exponent for an integer", replacing("version", "1e400")},
+        {"Boolean for an integer", replacing("version", "true")},
+        {"string for an integer", replacing("reminderHour", "\"20\"")},
+        {"integer above the signed range", replacing("reminderHour", "9223372036854775808")},
+        {"largest unsigned integer", replacing("reminderHour", "18446744073709551615")},
+        {"integer below the signed range", replacing("reminderHour", "-9223372036854775809")},
+        {"null for an integer", replacing("version", "null")},
+        {"string for the language", replacing("language", "7")},
+        {"null for the language", replacing("language", "null")},
+        {"string for a set", replacing("selected", "\"phone\"")},
+        {"number inside selected", replacing("selected", "[\"phone\",1]")},
+        {"null inside selected", replacing("selected", "[null]")},
+        {"object inside practiceDays", replacing("practiceDays", "[{}]")},
+        {"array for the lotuses", replacing("lotuses", "[]")},
+        {"number for a lotus", withLotus("3")},
+        {"lotus without moments", withLotus(R"({"lastDay":"2025-03-14","growthMoments":2})")},
+        {"lotus with null moments", withLotus(R"({"moments":null})")},
+        {"lotus with fractional moments", withLotus(R"({"moments":1.5})")},
+        {"lotus with a number for lastDay", withLotus(R"({"moments":1,"lastDay":20250314})")},
+        {"lotus with a string for growthMoments", withLotus(R"({"moments":1,"growthMoments":"2"})")},
+        {"lotus with a huge growthMoments", withLotus(R"({"moments":1,"growthMoments":18446744073709551615})")},
+        {"number for wiltWeekSeen", replacing("hintSeen", "false,\"wiltWeekSeen\":20250310")},
+    };
+    for (const DecodeFailure& failure : failures) {
+        try {
+            (void)PracticeState::fromJSON(failure.document);
+            ADD_FAILURE() << failure.name << ": decoded";
+        } catch (const json::exception& error) {
+            SUCCEED() << failure.name << ": " << error.what();
+        } catch (const std::exception& error) {
+            ADD_FAILURE() << failure.name << ": not the JSON library's error: " << error.what();
+        }
+    }
+}
+
+TEST(PracticeStateJSON, Decode_RequiresEveryMemberButWiltWeekSeen)
+{
+    for (const char* member : {"version", "onboarded", "selected", "lotuses", "practiceDays", "language", "hintSeen",
+             "reminderEnabled", "reminderHour", "reminderMinute", "waterSoundEnabled", "bellSoundEnabled"}) {
+        EXPECT_THROW((void)PracticeState::fromJSON(without(member)), json::exception) << member;
+    }
+}
+
+TEST(PracticeStateJSON, DecodeErrors_NameTheOffendingMember)
+{
+    try {
+        (void)PracticeState::fromJSON(withLotus(R"({"moments":1.5})"));
+        FAIL() << "decoded";
+    } catch (const json::exception& error) {
+        EXPECT_NE(std::string(error.what()).find("lotuses.phone.moments"), std::string::npos) << error.what();
+    }
+}
+
+} // namespace
+} // namespace velmora

@@ -1,0 +1,331 @@
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "CoreTestSupport.h"
+#include "FaultyFileSystemCalls.h"
+#include "TemporaryFolder.h"
+#include "VelmoraCore/DurableFile.h"
+#include "VelmoraCore/PracticeStore.h"
+
+namespace velmora {
+namespace {
+
+namespace fs = std::filesystem;
+using test::expectPracticeError;
+using test::FaultyFileSystemCalls;
+using test::fileBytes;
+using test::utc;
+using test::writeFileBytes;
+
+PracticeState selectPhone(PracticeState state)
+{
+    state.selected = {"phone"};
+    return state;
+}
+
+class PracticeStoreTest : public testing::Test {
+protected:
+    // A folder that does not exist yet, below one that does.
+    fs::path url() const { return m_folder / "Application Support" / "app.velmora.mac" / "practice.json"; }
+
+    std::vector<fs::path> temporaries() const
+    {
+        std::vector<fs::path> found;
+        if (!fs::exists(url().parent_path()))
+            return found;
+        for (const auto& entry : fs::directory_iterator(url().parent_path()))
+            if (entry.path().filename().string().starts_with(DurableFile::temporaryPrefix(url())))
+                found.push_back(entry.path());
+        return found;
+    }
+
+    // A store that has saved one state, and the bytes of that state.
+    std::string saveFirstState(PracticeStore& store) const
+    {
+        store.load();
+        store.update(selectPhone);
+        return fileBytes(url());
+    }
+
+    test::TemporaryFolder m_folder;
+};
+
+TEST_F(PracticeStoreTest, Load_GivesTheDefaultStateAndCreatesNothingWhenThereIsNoFile)
+{
+    PracticeStore store(url());
+    EXPECT_FALSE(store.state());
+    EXPECT_EQ(store.load(), PracticeState());
+    EXPECT_EQ(store.state(), PracticeState());
+    EXPECT_FALSE(fs::exists(url().parent_path())) << "neither the file nor its folder is created by loading";
+}
+
+TEST_F(PracticeStoreTest, FirstUpdate_CreatesPrivateFoldersAndTheFile)
+{
+    PracticeStore store(url());
+    store.load();
+    const PracticeState saved = store.update(selectPhone);
+
+    EXPECT_EQ(saved.selected, PracticeState::StringSet{"phone"});
+    EXPECT_EQ(store.state(), saved);
+    EXPECT_EQ(fileBytes(url()), saved.toJSON());
+    EXPECT_EQ(PracticeState::fromJSON(fileBytes(url())), saved);
+    for (const fs::path& folder : {url().parent_path(), url().parent_path().parent_path()})
+        EXPECT_EQ(fs::status(folder).permissions(), fs::perms::owner_all) << folder;
+    EXPECT_EQ(fs::status(url()).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+    EXPECT_TRUE(temporaries().empty());
+}
+
+TEST_F(PracticeStoreTest, Update_RewritesTheFileEvenWhenNothingChanged)
+{
+    PracticeStore store(url());
+    const std::string saved = saveFirstState(store);
+    writeFileBytes(url(), "overwritten behind the store's back");
+    store.update([](PracticeState state) { return state; });
+    EXPECT_EQ(fileBytes(url()), saved);
+}
+
+TEST_F(PracticeStoreTest, Load_ReadsBackWhatUpdateWrote)
+{
+    PracticeStore store(url());
+    store.load();
+    store.update(selectPhone);
+    const PracticeState noticed = store.update([](const PracticeState& state) { return state.notice("phone", utc(2025, 3, 14), UserCalendar::utc()); });
+
+    PracticeStore reopened(url());
+    EXPECT_EQ(reopened.load(), noticed);
+}
+
+TEST_F(PracticeStoreTest, UpdateBeforeLoad_FailsWithNotLoadedWithoutCallingTheChange)
+{
+    PracticeStore store(url());
+    bool called = false;
+    expectPracticeError([&] { store.update([&](PracticeState state) { called = true; return state; }); }, PracticeError::notLoaded);
+    EXPECT_FALSE(called);
+    EXPECT_FALSE(fs::exists(url()));
+}
+
+struct BadFile {
+    const char* name;
+    std::string bytes;
+    bool decodingError; // otherwise invalidData
+};
+
+TEST_F(PracticeStoreTest, FailedLoad_LeavesTheStoreUnloadedAndTheFileUntouched)
+{
+    PracticeState versionTwo;
+    versionTwo.version = 2;
+    PracticeState onboardedWithNothing;
+    onboardedWithNothing.onboarded = true;
+    const BadFile files[] = {
+        {"empty file", "", true},
+        {"empty object", "{}", true},
+        {"array", "[]", true},
+        {"truncated", PracticeState().toJSON().substr(0, 40), true},
+        {"binary", std::string("\x89PNG\r\n\x1a\n\0\0", 10), true},
+        {"wrong type", R"({"version":"1"})", true},
+        {"version 2", versionTwo.toJSON(), false},
+        {"onboarded without topics", onboardedWithNothing.toJSON(), false},
+    };
+    for (const BadFile& file : files) {
+        SCOPED_TRACE(file.name);
+        fs::remove(url());
+        PracticeStore store(url());
+        saveFirstState(store);
+        writeFileBytes(url(), file.bytes);
+        if (file.decodingError)
+            EXPECT_THROW(store.load(), nlohmann::json::exception);
+        else
+            expectPracticeError([&] { store.load(); }, PracticeError::invalidData);
+        EXPECT_FALSE(store.state()) << "the earlier state is dropped, not kept";
+        EXPECT_EQ(fileBytes(url()), file.bytes);
+        expectPracticeError([&] { store.update(selectPhone); }, PracticeError::notLoaded);
+        EXPECT_EQ(fileBytes(url()), file.bytes);
+    }
+}
+
+TEST_F(PracticeStoreTest, FailedLoad_CanBeRetriedOnceTheFileIsRepaired)
+{
+    PracticeStore store(url());
+    const std::string saved = saveFirstState(store);
+    writeFileBytes(url(), "{");
+    EXPECT_ANY_THROW(store.load());
+    writeFileBytes(url(), saved);
+    EXPECT_EQ(store.load().selected, PracticeState::StringSet{"phone"});
+}
+
+TEST_F(PracticeStoreTest, LoadOfAFolder_FailsWithTheReadErrorAndKeepsTheFolder)
+{
+    fs::create_directories(url());
+    PracticeStore store(url());
+    try {
+        store.load();
+        FAIL() << "loaded a folder";
+    } catch (const fs::filesystem_error& error) {
+        EXPECT_EQ(error.code(), std::errc::is_a_directory) << error.what();
+        EXPECT_EQ(error.path1(), url());
+    }
+    EXPECT_FALSE(store.state());
+    EXPECT_TRUE(fs::is_directory(url()));
+}
+
+TEST_F(PracticeStoreTest, FailingChange_PassesItsErrorOnAndChangesNothing)
+{
+    PracticeStore store(url());
+    const std::string saved = saveFirstState(store);
+    const std::optional<PracticeState> held = store.state();
+
+    expectPracticeError([&] { store.update([](const PracticeState& state) { return state.notice("money", utc(2025, 1, 1), UserCalendar::utc()); }); }, PracticeError::notSelected);
+    EXPECT_THROW(store.update([](PracticeState) -> PracticeState { throw std::runtime_error("change failed"); }), std::runtime_error);
+
+    EXPECT_EQ(store.state(), held);
+    EXPECT_EQ(fileBytes(url()), saved);
+}
+
+TEST_F(PracticeStoreTest, InvalidChange_FailsWithInvalidDataAndChangesNothing)
+{
+    PracticeStore store(url());
+    const std::string saved = saveFirstState(store);
+    const std::optional<PracticeState> held = store.state();
+    expectPracticeError([&] { store.update([](PracticeState state) { state.reminderHour = 25; return state; }); }, PracticeError::invalidData);
+    EXPECT_EQ(store.state(), held);
+    EXPECT_EQ(fileBytes(url()), saved);
+    EXPECT_TRUE(temporaries().empty());
+}
+
+TEST_F(PracticeStoreTest, FolderThatCannotBeCreated_FailsWithTheFileSystemError)
+{
+    // A file stands where a folder of the path should be.
+    const fs::path blocked = m_folder / "blocked";
+    writeFileBytes(blocked, "not a folder");
+    PracticeStore store(blocked / "app.velmora.mac" / "practice.json");
+    store.load();
+    try {
+        store.update(selectPhone);
+        FAIL() << "saved below a file";
+    } catch (const fs::filesystem_error& error) {
+        EXPECT_EQ(error.code(), std::errc::not_a_directory) << error.what();
+        EXPECT_NE(std::string(error.what()).find("create folder"), std::string::npos) << error.what();
+    }
+    EXPECT_EQ(store.state(), PracticeState());
+    EXPECT_EQ(fileBytes(blocked), "not a folder");
+}
+
+TEST_F(PracticeStoreTest, TargetThatIsAFolder_FailsAtTheRenameAndLeavesNoTemporary)
+{
+    PracticeStore store(url());
+    store.load();
+    fs::create_directories(url());
+    EXPECT_THROW(store.update(selectPhone), fs::filesystem_error);
+    EXPECT_EQ(store.state(), PracticeState());
+    EXPECT_TRUE(fs::is_directory(url()));
+    EXPECT_TRUE(temporaries().empty());
+}
+
+TEST_F(PracticeStoreTest, ReadOnlyFolder_FailsAndChangesNothing)
+{
+    PracticeStore store(url());
+    const std::string saved = saveFirstState(store);
+    const fs::path folder = url().parent_path();
+    if (::geteuid() == 0) {
+        // Permissions do not stop root; an immutable folder does, where the file system allows it.
+        const std::string immutable = "chattr +i '" + folder.string() + "' 2>/dev/null";
+        if (std::system(immutable.c_str()) != 0)
+            GTEST_SKIP() << "running as root and the file system refuses chattr +i, so nothing can make the folder read-only";
+    } else {
+        fs::permissions(folder, fs::perms::owner_read | fs::perms::owner_exec);
+    }
+    EXPECT_THROW(store.update([](PracticeState state) { state.hintSeen = true; return state; }), fs::filesystem_error);
+    if (::geteuid() == 0)
+        EXPECT_EQ(std::system(("chattr -i '" + folder.string() + "'").c_str()), 0);
+    else
+        fs::permissions(folder, fs::perms::owner_all);
+    EXPECT_FALSE(store.state()->hintSeen);
+    EXPECT_EQ(fileBytes(url()), saved);
+    EXPECT_TRUE(temporaries().empty());
+}
+
+struct WriteFault {
+    const char* name;
+    FaultyFileSystemCalls::Step step;
+    int error;
+    const char* operation;
+};
+
+class PracticeStoreWriteFault : public PracticeStoreTest, public testing::WithParamInterface<WriteFault> { };
+
+TEST_P(PracticeStoreWriteFault, LeavesStateFileAndFolderAsTheyWere)
+{
+    FaultyFileSystemCalls calls;
+    PracticeStore store(url(), calls);
+    const std::string saved = saveFirstState(store);
+    const std::optional<PracticeState> held = store.state();
+
+    calls.failAt(GetParam().step, GetParam().error);
+    try {
+        store.update([](PracticeState state) { state.reminderEnabled = true; return state; });
+        FAIL() << "the update succeeded";
+    } catch (const fs::filesystem_error& error) {
+        EXPECT_EQ(error.code().value(), GetParam().error) << error.what();
+        EXPECT_NE(std::string(error.what()).find(GetParam().operation), std::string::npos) << error.what();
+    }
+    EXPECT_EQ(store.state(), held);
+    EXPECT_EQ(fileBytes(url()), saved);
+    EXPECT_TRUE(temporaries().empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryStep, PracticeStoreWriteFault,
+    testing::Values(
+        WriteFault{"CreateTemporaryDenied", FaultyFileSystemCalls::Step::createUniqueFile, EACCES, "create temporary file"},
+        WriteFault{"WriteDiskFull", FaultyFileSystemCalls::Step::write, ENOSPC, "write temporary file"},
+        WriteFault{"ShortWriteThenDiskFull", FaultyFileSystemCalls::Step::shortWriteThenWrite, ENOSPC, "write temporary file"},
+        WriteFault{"WriteIOError", FaultyFileSystemCalls::Step::write, EIO, "write temporary file"},
+        WriteFault{"FsyncIOError", FaultyFileSystemCalls::Step::fsyncFile, EIO, "flush temporary file"},
+        WriteFault{"CloseQuotaExceeded", FaultyFileSystemCalls::Step::close, EDQUOT, "close temporary file"},
+        WriteFault{"RenameReadOnlyFileSystem", FaultyFileSystemCalls::Step::rename, EROFS, "replace file"}),
+    [](const testing::TestParamInfo<WriteFault>& param) { return std::string(param.param.name); });
+
+TEST_F(PracticeStoreTest, FolderThatCannotBeMade_FailsWithTheFileSystemError)
+{
+    FaultyFileSystemCalls calls;
+    calls.failAt(FaultyFileSystemCalls::Step::makeFolder, EACCES);
+    PracticeStore store(url(), calls);
+    store.load();
+    EXPECT_THROW(store.update(selectPhone), fs::filesystem_error);
+    EXPECT_EQ(store.state(), PracticeState());
+    EXPECT_FALSE(fs::exists(url().parent_path()));
+}
+
+TEST_F(PracticeStoreTest, FolderFlushFailure_IsIgnoredBecauseTheNewFileIsInPlace)
+{
+    for (const auto step : {FaultyFileSystemCalls::Step::openFolder, FaultyFileSystemCalls::Step::fsyncFolder}) {
+        FaultyFileSystemCalls calls;
+        PracticeStore store(url(), calls);
+        store.load();
+        calls.failAt(step, EINVAL);
+        const PracticeState saved = store.update([](PracticeState state) { state.bellSoundEnabled = !state.bellSoundEnabled; return state; });
+        EXPECT_EQ(store.state(), saved);
+        EXPECT_EQ(fileBytes(url()), saved.toJSON());
+    }
+}
+
+TEST_F(PracticeStoreTest, Write_FlushesTheFileBeforeTheRenameAndTheFolderAfterIt)
+{
+    FaultyFileSystemCalls calls;
+    PracticeStore store(url(), calls);
+    store.load();
+    calls.interruptNextWrite();
+    const PracticeState saved = store.update(selectPhone);
+    EXPECT_EQ(fileBytes(url()), saved.toJSON()) << "an interrupted write is resumed";
+    const std::vector<std::string> writeSteps(calls.steps().end() - 9, calls.steps().end());
+    EXPECT_EQ(writeSteps, (std::vector<std::string>{"create", "write", "write", "fsync", "close", "rename", "open folder", "fsync folder", "close folder"}));
+}
+
+} // namespace
+} // namespace velmora
