@@ -1,7 +1,6 @@
 #include "DurableFile.h"
 
 #include <cerrno>
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -114,19 +113,17 @@ void removeAbandonedTemporaries(const fs::path& target, FileSystemCalls& calls)
 {
     const fs::path folder = folderOf(target);
     const std::string prefix = DurableFile::temporaryPrefix(target);
-    DIR* directory = ::opendir(folder.c_str());
-    if (directory == nullptr)
-        return; // Nothing to tidy, or nothing we may tidy: the write reports real problems itself.
-    while (const dirent* entry = ::readdir(directory)) {
-        const std::string_view name = entry->d_name;
+    // Errors only end the tidying: a folder that cannot be listed is reported
+    // by the write itself if it matters, and a leftover only costs a few bytes.
+    std::error_code error;
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
+        const std::string name = entry->path().filename().string();
         if (name.size() != prefix.size() + uniqueSuffix.size() || !name.starts_with(prefix))
             continue;
-        const fs::path path = folder / name;
-        const ScopedDescriptor leftover(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+        const ScopedDescriptor leftover(::open(entry->path().c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
         if (leftover.get() >= 0 && ::flock(leftover.get(), LOCK_EX | LOCK_NB) == 0)
-            calls.unlink(path.c_str()); // Best effort: a leftover only costs a few bytes.
+            calls.unlink(entry->path().c_str()); // Best effort, as above.
     }
-    ::closedir(directory);
 }
 
 } // namespace
@@ -152,7 +149,7 @@ std::string DurableFile::read(const fs::path& path)
     if (file.get() < 0)
         fail("open file", path, errno);
     std::string content;
-    constexpr std::size_t chunk = 64 * 1024;
+    constexpr std::size_t chunk = std::size_t{64} * 1024;
     for (;;) {
         const std::size_t used = content.size();
         content.resize(used + chunk);

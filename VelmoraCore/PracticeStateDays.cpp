@@ -31,36 +31,44 @@ UDate toUDate(Instant instant)
     return static_cast<UDate>(instant.time_since_epoch().count());
 }
 
-// ICU calendars change their fields even when only read, so they are never
-// shared between threads: each thread keeps one, moved to the zone in use.
+// A Gregorian calendar moved to whichever zone is asked for. ICU calendars
+// change their fields even when only read, so each thread keeps its own.
+class ZonedGregorianCalendar {
+public:
+    ZonedGregorianCalendar()
+        : m_calendar(*icu::TimeZone::getGMT(), icu::Locale::getRoot(), m_status)
+    {
+        checkICU(m_status, "creating a Gregorian calendar");
+    }
+
+    icu::Calendar& in(const UserCalendar& calendar)
+    {
+        // Holding the zone keeps its address from being reused by another
+        // zone, so comparing addresses is a sound test for "same zone".
+        if (!m_zoneInUse || &m_zoneInUse->timeZone() != &calendar.timeZone()) {
+            m_calendar.setTimeZone(calendar.timeZone());
+            m_zoneInUse = calendar;
+        }
+        return m_calendar;
+    }
+
+private:
+    UErrorCode m_status = U_ZERO_ERROR; // Declared first: the calendar's construction reports into it.
+    icu::GregorianCalendar m_calendar;
+    std::optional<UserCalendar> m_zoneInUse;
+};
+
 icu::Calendar& gregorianIn(const UserCalendar& calendar)
 {
-    thread_local std::unique_ptr<icu::GregorianCalendar> gregorian;
-    // Holding the zone keeps its address from being reused by another zone,
-    // so comparing addresses is a sound test for "same zone as last time".
-    thread_local std::unique_ptr<UserCalendar> zoneInUse;
-    if (!gregorian) {
-        UErrorCode status = U_ZERO_ERROR;
-        gregorian = std::make_unique<icu::GregorianCalendar>(calendar.timeZone(), icu::Locale::getRoot(), status);
-        checkICU(status, "creating a Gregorian calendar");
-        zoneInUse = std::make_unique<UserCalendar>(calendar);
-    } else if (&zoneInUse->timeZone() != &calendar.timeZone()) {
-        gregorian->setTimeZone(calendar.timeZone());
-        *zoneInUse = calendar;
-    }
-    return *gregorian;
+    thread_local ZonedGregorianCalendar zoned;
+    return zoned.in(calendar);
 }
 
 // A calendar for pure date arithmetic: in UTC every calendar day is one step.
 icu::Calendar& utcDates()
 {
-    thread_local std::unique_ptr<icu::GregorianCalendar> dates;
-    if (!dates) {
-        UErrorCode status = U_ZERO_ERROR;
-        dates = std::make_unique<icu::GregorianCalendar>(*icu::TimeZone::getGMT(), icu::Locale::getRoot(), status);
-        checkICU(status, "creating a UTC Gregorian calendar");
-    }
-    return *dates;
+    thread_local ZonedGregorianCalendar dates;
+    return dates.in(UserCalendar::utc());
 }
 
 std::string dayKeyOfFields(icu::Calendar& gregorian)
@@ -71,7 +79,8 @@ std::string dayKeyOfFields(icu::Calendar& gregorian)
     const int32_t day = gregorian.get(UCAL_DATE, status);
     checkICU(status, "reading a calendar day");
     std::array<char, 32> key{};
-    std::snprintf(key.data(), key.size(), "%04d-%02d-%02d", year, month, day);
+    // Three int32 fields with their hyphens fit in 32 bytes, so nothing is cut.
+    (void)std::snprintf(key.data(), key.size(), "%04d-%02d-%02d", year, month, day);
     return key.data();
 }
 
