@@ -22,7 +22,7 @@ protected:
 
     fs::path abandonedTemporary(const char* suffix) const
     {
-        const fs::path path = m_folder / (DurableFile::temporaryPrefix(target()) + suffix);
+        fs::path path = m_folder / (DurableFile::temporaryPrefix(target()) + suffix);
         writeFileBytes(path, "half a state");
         return path;
     }
@@ -112,7 +112,7 @@ TEST_F(DurableFileTest, Read_ReportsTheOperationPathAndReason)
 
 TEST_F(DurableFileTest, Read_ReturnsLargeFilesWhole)
 {
-    std::string large(300 * 1024, 'x');
+    std::string large(std::size_t{300} * 1024, 'x');
     large[12345] = '\0';
     writeFileBytes(target(), large);
     EXPECT_EQ(DurableFile::read(target()), large);

@@ -11,10 +11,10 @@ namespace {
 using test::utc;
 
 struct DayCase {
-    const char* zone;
+    const char* zone = nullptr;
     Instant instant;
-    const char* dayKey;
-    const char* weekKey;
+    const char* dayKey = nullptr;
+    const char* weekKey = nullptr;
 };
 
 TEST(PracticeStateDays, DayAndWeekKeys_FollowTheLocalCalendarDayOfTheZone)
@@ -101,8 +101,7 @@ TEST(PracticeStateDays, ParseDay_RefusesEverythingThatIsNotExactlyADayKey)
         "0000-01-01",
         "2024-02-0x",
         "２０２４-02-03",
-        "2024\xE2\x80\x90"
-        "02-03",
+        "2024‐02-03", // with a typographic hyphen
         "2024-02-03\n",
         "1582-10-10", // Falls in the days that the calendar reform skipped.
     };

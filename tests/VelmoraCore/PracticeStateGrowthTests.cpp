@@ -20,10 +20,10 @@ PracticeState withLotus(LotusProgress lotus)
 }
 
 struct GrowthCase {
-    const char* name;
+    const char* name = nullptr;
     LotusProgress lotus;
     Instant readOn;
-    std::int64_t expected;
+    std::int64_t expected = 0;
 };
 
 TEST(PracticeStateGrowth, GrowthMoments_DecaysOnePerIdleDayAfterOneDayOfGrace)

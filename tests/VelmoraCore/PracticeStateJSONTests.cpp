@@ -11,9 +11,9 @@ namespace {
 
 using nlohmann::json;
 
-const std::string defaultJSON = R"({"version":1,"onboarded":false,"selected":[],"lotuses":{},"practiceDays":[],)"
-                                R"("language":"system","hintSeen":false,"reminderEnabled":false,"reminderHour":20,)"
-                                R"("reminderMinute":0,"waterSoundEnabled":true,"bellSoundEnabled":true})";
+constexpr std::string_view defaultDocument = R"({"version":1,"onboarded":false,"selected":[],"lotuses":{},"practiceDays":[],)"
+                                             R"("language":"system","hintSeen":false,"reminderEnabled":false,"reminderHour":20,)"
+                                             R"("reminderMinute":0,"waterSoundEnabled":true,"bellSoundEnabled":true})";
 
 PracticeState exampleState()
 {
@@ -27,7 +27,7 @@ PracticeState exampleState()
 
 TEST(PracticeStateJSON, Encode_WritesCompactMembersInFieldOrderWithoutAbsentOptionals)
 {
-    EXPECT_EQ(PracticeState().toJSON(), defaultJSON);
+    EXPECT_EQ(PracticeState().toJSON(), std::string(defaultDocument));
     EXPECT_EQ(json::parse(PracticeState().toJSON()).size(), 12U);
 
     PracticeState state = exampleState();
@@ -83,7 +83,7 @@ TEST(PracticeStateJSON, Decode_AcceptsAnyOrderNullOptionalsUnknownMembersAndDupl
 
 TEST(PracticeStateJSON, Decode_DoesNotValidate)
 {
-    json document = json::parse(defaultJSON);
+    json document = json::parse(std::string(defaultDocument));
     document["version"] = 2;
     document["language"] = "xx";
     const PracticeState decoded = PracticeState::fromJSON(document.dump());
@@ -93,7 +93,7 @@ TEST(PracticeStateJSON, Decode_DoesNotValidate)
 
 TEST(PracticeStateJSON, Decode_TakesIntegersAtTheEdgesOfTheSigned64BitRange)
 {
-    json document = json::parse(defaultJSON);
+    json document = json::parse(std::string(defaultDocument));
     document["lotuses"] = json::parse(R"({"phone":{"moments":9223372036854775807},"money":{"moments":-9223372036854775808}})");
     const PracticeState decoded = PracticeState::fromJSON(document.dump());
     EXPECT_EQ(decoded.lotuses.at("phone").moments, std::numeric_limits<std::int64_t>::max());
@@ -107,7 +107,7 @@ struct DecodeFailure {
 
 std::string replacing(const std::string& member, const std::string& value)
 {
-    std::string document = defaultJSON;
+    std::string document(defaultDocument);
     const std::string key = "\"" + member + "\":";
     const std::size_t start = document.find(key) + key.size();
     const bool emptyContainer = document[start] == '{' || document[start] == '[';
@@ -122,7 +122,7 @@ std::string withLotus(const std::string& lotus)
 
 std::string without(const std::string& member)
 {
-    json document = json::parse(defaultJSON);
+    json document = json::parse(std::string(defaultDocument));
     document.erase(member);
     return document.dump();
 }
@@ -144,10 +144,10 @@ TEST(PracticeStateJSON, Decode_FailsWithTheJSONLibrarysErrorOnEveryWrongShape)
     const DecodeFailure failures[] = {
         {"empty text", ""},
         {"not JSON", "practice"},
-        {"truncated", defaultJSON.substr(0, defaultJSON.size() - 1)},
-        {"trailing garbage", defaultJSON + "x"},
-        {"second document", defaultJSON + "{}"},
-        {"NUL byte after the document", defaultJSON + std::string(1, '\0') + "garbage"},
+        {"truncated", std::string(defaultDocument).substr(0, std::string(defaultDocument).size() - 1)},
+        {"trailing garbage", std::string(defaultDocument) + "x"},
+        {"second document", std::string(defaultDocument) + "{}"},
+        {"NUL byte after the document", std::string(defaultDocument) + std::string(1, '\0') + "garbage"},
         {"NUL byte inside a string", replacing("language", std::string("\"sys\0tem\"", 9))},
         {"invalid UTF-8", replacing("language", "\"\xC3\x28\"")},
         {"array", "[]"},

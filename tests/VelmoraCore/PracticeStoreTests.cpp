@@ -182,7 +182,7 @@ TEST_F(PracticeStoreTest, FailingChange_PassesItsErrorOnAndChangesNothing)
     const std::optional<PracticeState> held = store.state();
 
     expectPracticeError([&] { store.update([](const PracticeState& state) { return state.notice("money", utc(2025, 1, 1), UserCalendar::utc()); }); }, PracticeError::notSelected);
-    EXPECT_THROW(store.update([](PracticeState) -> PracticeState { throw std::runtime_error("change failed"); }), std::runtime_error);
+    EXPECT_THROW(store.update([](const PracticeState&) -> PracticeState { throw std::runtime_error("change failed"); }), std::runtime_error);
 
     EXPECT_EQ(store.state(), held);
     EXPECT_EQ(fileBytes(url()), saved);
@@ -236,14 +236,14 @@ TEST_F(PracticeStoreTest, ReadOnlyFolder_FailsAndChangesNothing)
     if (::geteuid() == 0) {
         // Permissions do not stop root; an immutable folder does, where the file system allows it.
         const std::string immutable = "chattr +i '" + folder.string() + "' 2>/dev/null";
-        if (std::system(immutable.c_str()) != 0)
+        if (std::system(immutable.c_str()) != 0) // NOLINT(concurrency-mt-unsafe): the test runs on one thread
             GTEST_SKIP() << "running as root and the file system refuses chattr +i, so nothing can make the folder read-only";
     } else {
         fs::permissions(folder, fs::perms::owner_read | fs::perms::owner_exec);
     }
     EXPECT_THROW(store.update([](PracticeState state) { state.hintSeen = true; return state; }), fs::filesystem_error);
     if (::geteuid() == 0)
-        EXPECT_EQ(std::system(("chattr -i '" + folder.string() + "'").c_str()), 0);
+        EXPECT_EQ(std::system(("chattr -i '" + folder.string() + "'").c_str()), 0); // NOLINT(concurrency-mt-unsafe): one thread
     else
         fs::permissions(folder, fs::perms::owner_all);
     EXPECT_FALSE(store.state()->hintSeen);
