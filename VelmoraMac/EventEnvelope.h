@@ -1,0 +1,21 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace velmora {
+
+// The one message the renderer pulls: {"version":1,"kind":"practice",
+// "payload":<the snapshot's JSON text as a string>}. The payload is embedded
+// as a string, not an object, so the renderer parses twice.
+class EventEnvelope {
+public:
+    EventEnvelope() = delete;
+
+    // Compact JSON, or none when `snapshot` cannot be serialised (text that
+    // is not UTF-8).
+    static std::optional<std::string> wrap(std::string_view snapshot);
+};
+
+} // namespace velmora

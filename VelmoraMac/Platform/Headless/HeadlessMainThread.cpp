@@ -1,0 +1,62 @@
+#include "HeadlessMainThread.h"
+
+#include <memory>
+#include <stdexcept>
+
+namespace velmora {
+
+namespace {
+
+GMainContext* newContext()
+{
+    return g_main_context_new();
+}
+
+} // namespace
+
+HeadlessMainThread::HeadlessMainThread()
+    : GLibMainThread(newContext(), std::thread::id())
+{
+    // The base holds a reference of its own; this drops the one from
+    // newContext().
+    g_main_context_unref(context());
+    // Shared, so that the thread may still be inside set_value() when this
+    // constructor has returned.
+    auto started = std::make_shared<std::promise<void>>();
+    std::future<void> running = started->get_future();
+    m_thread = std::thread([this, started] { run(*started); });
+    running.get();
+}
+
+HeadlessMainThread::~HeadlessMainThread()
+{
+    stop();
+}
+
+void HeadlessMainThread::stop()
+{
+    if (isMainThread())
+        throw std::logic_error("the main thread cannot stop itself");
+    if (!m_thread.joinable())
+        return;
+    m_stopRequested = true;
+    // Ends the iteration the thread may be blocked in; if it is not blocked
+    // yet, its next poll returns at once.
+    g_main_context_wakeup(context());
+    m_thread.join();
+}
+
+void HeadlessMainThread::run(std::promise<void>& started)
+{
+    setMainThread(std::this_thread::get_id());
+    g_main_context_push_thread_default(context());
+    started.set_value();
+    while (!m_stopRequested)
+        g_main_context_iteration(context(), TRUE);
+    shutDown();
+    // A later thread may be given this thread's identifier.
+    setMainThread(std::thread::id());
+    g_main_context_pop_thread_default(context());
+}
+
+} // namespace velmora

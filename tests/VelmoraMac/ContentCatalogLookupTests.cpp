@@ -1,0 +1,160 @@
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <string>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "CatalogFixture.h"
+#include "VelmoraCore/PracticeState.h"
+#include "VelmoraMac/ContentCatalog.h"
+#include "VelmoraMac/MacStrings.h"
+
+namespace velmora {
+namespace {
+
+using nlohmann::json;
+
+// English and French catalog tables that overlap in some keys, lack some,
+// hold non-text values and also define keys of the built-in texts.
+const ContentCatalog& lookupCatalog()
+{
+    static const ContentCatalog catalog = [] {
+        json document = test::minimalCatalogDocument();
+        document["strings"]["en"] = json::parse(R"json({
+            "greeting": "Hello",
+            "onlyEnglish": "Only in English",
+            "days": "{count} days",
+            "twice": "{count} of {count}",
+            "adjacent": "{count}{count}",
+            "almost": "{count {COUNT} {{count}}",
+            "plain": "No placeholder",
+            "number": 5,
+            "notTextInFrench": "English text",
+            "quitApp": "Catalog quit",
+            "loginError": "Catalog login error",
+            "groups": ["Substances", "Desire", "Screens", "Mind", "Poisons"]
+        })json");
+        document["strings"]["fr"] = json::parse(R"json({
+            "greeting": "Bonjour",
+            "days": "{count} jours",
+            "notTextInFrench": {"text": "Texte"},
+            "nullInFrench": null,
+            "quitApp": "Quitter (catalogue)",
+            "startupError": "Démarrage impossible (catalogue)"
+        })json");
+        document["strings"]["ru"] = {{"groups", "not a list"}};
+        document["strings"]["es"] = {{"groups", {"Uno", 2, "Tres"}}};
+        document["strings"]["pt"] = {{"groups", json::array()}};
+        document["strings"]["pi"] = {{"greeting", "Namo"}, {"groups", {"Paṭhama"}}};
+        return ContentCatalog::fromJSON(document.dump());
+    }();
+    return catalog;
+}
+
+struct TextCase {
+    const char* name;
+    const char* key;
+    const char* language;
+    std::optional<std::int64_t> count;
+    const char* expected;
+};
+
+class ContentCatalogText : public testing::TestWithParam<TextCase> { };
+
+TEST_P(ContentCatalogText, FollowsTheFallbackOrder)
+{
+    const TextCase& lookup = GetParam();
+    EXPECT_EQ(lookupCatalog().text(lookup.key, lookup.language, lookup.count), lookup.expected);
+}
+
+const TextCase textCases[] = {
+    // The catalog: the language's own table, then English, then the key.
+    {"OwnTable", "greeting", "fr", std::nullopt, "Bonjour"},
+    {"PaliOwnTable", "greeting", "pi", std::nullopt, "Namo"},
+    {"MissingFallsBackToEnglish", "onlyEnglish", "fr", std::nullopt, "Only in English"},
+    {"EmptyTableFallsBackToEnglish", "greeting", "hi", std::nullopt, "Hello"},
+    {"UnknownLanguageReadsEnglish", "greeting", "de", std::nullopt, "Hello"},
+    {"EmptyLanguageReadsEnglish", "greeting", "", std::nullopt, "Hello"},
+    {"MissingEverywhereGivesTheKey", "nowhere", "fr", std::nullopt, "nowhere"},
+    {"EmptyKeyGivesItself", "", "en", std::nullopt, ""},
+    {"NonTextInTheOwnTableGivesTheKey", "notTextInFrench", "fr", std::nullopt, "notTextInFrench"},
+    {"NullInTheOwnTableGivesTheKey", "nullInFrench", "fr", std::nullopt, "nullInFrench"},
+    {"NonTextInEnglishGivesTheKey", "number", "fr", std::nullopt, "number"},
+    {"ListGivesTheKey", "groups", "en", std::nullopt, "groups"},
+
+    // "{count}" in catalog texts: every occurrence, only with a count.
+    {"CountReplaced", "days", "fr", 3, "3 jours"},
+    {"CountKeptWithoutCount", "days", "fr", std::nullopt, "{count} jours"},
+    {"CountInEnglishFallback", "days", "hi", 1, "1 days"},
+    {"CountZero", "days", "en", 0, "0 days"},
+    {"CountNegative", "days", "en", -12, "-12 days"},
+    {"CountWithoutGrouping", "days", "en", 1234567, "1234567 days"},
+    {"CountSmallest", "days", "en", std::numeric_limits<std::int64_t>::min(), "-9223372036854775808 days"},
+    {"CountLargest", "days", "en", std::numeric_limits<std::int64_t>::max(), "9223372036854775807 days"},
+    {"CountEveryOccurrence", "twice", "fr", 2, "2 of 2"},
+    {"CountAdjacentOccurrences", "adjacent", "en", 7, "77"},
+    {"CountOnlyTheExactPlaceholder", "almost", "en", 4, "{count {COUNT} {4}"},
+    {"CountWithoutPlaceholder", "plain", "en", 9, "No placeholder"},
+    {"CountInTheKeyFallback", "{count} left", "en", 5, "5 left"},
+    {"CountKeptInTheKeyFallbackWithoutCount", "{count} left", "en", std::nullopt, "{count} left"},
+
+    // Built-in texts first, in the language or in English, never substituted.
+    {"BuiltInWinsOverTheCatalog", "quitApp", "fr", std::nullopt, "Quitter Velmora"},
+    {"BuiltInWinsWithACount", "quitApp", "fr", 3, "Quitter Velmora"},
+    {"BuiltInWinsInEnglish", "loginError", "en", std::nullopt, "Could not change the launch-at-login setting. Please try again."},
+    {"BuiltInWithoutCatalogEntry", "okay", "es", std::nullopt, "Aceptar"},
+    {"BuiltInEnglishForPali", "loginError", "pi", std::nullopt, "Could not change the launch-at-login setting. Please try again."},
+    {"BuiltInEnglishForUnknownLanguage", "startupError", "de", std::nullopt, "Velmora could not start"},
+    {"BuiltInOwnLanguageOverCatalogOwnLanguage", "startupError", "fr", std::nullopt, "Velmora n’a pas pu démarrer"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Rules, ContentCatalogText, testing::ValuesIn(textCases),
+    [](const testing::TestParamInfo<TextCase>& param) { return std::string(param.param.name); });
+
+TEST(ContentCatalogBuiltInTexts, EveryBuiltInKeyWinsInEveryPracticeLanguage)
+{
+    // Each catalog table defines every built-in key with its own text, which
+    // must never show.
+    json document = test::minimalCatalogDocument();
+    for (const std::string& language : PracticeState::languages()) {
+        for (const auto& [key, text] : MacStrings::values().at("en"))
+            document["strings"][language][key] = "catalog " + key + " {count}";
+    }
+    const ContentCatalog catalog = ContentCatalog::fromJSON(document.dump());
+    for (const std::string& language : PracticeState::languages()) {
+        const MacStrings::Table& builtIn = MacStrings::table(language);
+        for (const auto& [key, text] : builtIn) {
+            EXPECT_EQ(catalog.text(key, language), text) << language << " " << key;
+            EXPECT_EQ(catalog.text(key, language, 2), text) << language << " " << key;
+        }
+    }
+    EXPECT_EQ(catalog.text("quitApp", "pi"), "Quit Velmora");
+}
+
+TEST(ContentCatalogGroup, ReadsTheLanguagesOwnListWithoutFallback)
+{
+    const ContentCatalog& catalog = lookupCatalog();
+    EXPECT_EQ(catalog.group(0, "en"), "Substances");
+    EXPECT_EQ(catalog.group(4, "en"), "Poisons");
+    EXPECT_EQ(catalog.group(0, "pi"), "Paṭhama");
+    // No "groups" in the French table: no English fallback.
+    EXPECT_EQ(catalog.group(0, "fr"), "");
+    EXPECT_EQ(catalog.group(0, "de"), "");
+    // A "groups" entry that is not a list of strings.
+    EXPECT_EQ(catalog.group(0, "ru"), "");
+    EXPECT_EQ(catalog.group(0, "es"), "");
+    EXPECT_EQ(catalog.group(0, "pt"), "");
+}
+
+TEST(ContentCatalogGroup, IndexOutsideTheListGivesTheEmptyString)
+{
+    const ContentCatalog& catalog = lookupCatalog();
+    for (const std::int64_t index : {std::int64_t{5}, std::int64_t{-1}, std::numeric_limits<std::int64_t>::max(), std::numeric_limits<std::int64_t>::min()})
+        EXPECT_EQ(catalog.group(index, "en"), "") << index;
+    EXPECT_EQ(catalog.group(1, "pi"), "");
+}
+
+} // namespace
+} // namespace velmora

@@ -1,0 +1,285 @@
+#include <atomic>
+#include <latch>
+#include <memory>
+#include <mutex>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "Signal.h"
+#include "VelmoraMac/Platform/Headless/HeadlessMainThread.h"
+#include "VelmoraMac/Platform/MainThreadStopped.h"
+
+namespace velmora {
+namespace {
+
+using namespace std::chrono_literals;
+using test::Signal;
+
+// A hop must carry the very exception, with its data, to the caller.
+class Refusal final : public std::runtime_error {
+public:
+    explicit Refusal(int code)
+        : std::runtime_error("refused")
+        , m_code(code)
+    {
+    }
+
+    [[nodiscard]] int code() const { return m_code; }
+
+private:
+    int m_code;
+};
+
+// Keeps the main thread busy until `release` is set, so that a test can
+// interleave other threads with a piece of main-thread work.
+void spinUntil(const std::atomic<bool>& release)
+{
+    while (!release)
+        std::this_thread::yield();
+}
+
+TEST(HeadlessMainThread, SyncFromAnotherThread_RunsOnTheMainThreadAndReturnsItsValue)
+{
+    HeadlessMainThread main;
+    ASSERT_FALSE(main.isMainThread());
+    std::thread::id ranOn;
+    bool onMain = false;
+    const std::unique_ptr<int> value = main.runSync([&] {
+        ranOn = std::this_thread::get_id();
+        onMain = main.isMainThread();
+        return std::make_unique<int>(42);
+    });
+    ASSERT_TRUE(value);
+    EXPECT_EQ(*value, 42);
+    EXPECT_TRUE(onMain);
+    EXPECT_NE(ranOn, std::this_thread::get_id());
+}
+
+TEST(HeadlessMainThread, NestedSyncOnTheMainThread_RunsInlineWithoutDeadlock)
+{
+    HeadlessMainThread main;
+    const int value = main.runSync([&] { return main.runSync([&] { return main.runSync([] { return 3; }) + 1; }) + 1; });
+    EXPECT_EQ(value, 5);
+}
+
+TEST(HeadlessMainThread, SyncWorkThatThrows_RethrowsTheSameExceptionOnTheCaller)
+{
+    HeadlessMainThread main;
+    try {
+        main.submitSync([] { throw Refusal(7); });
+        ADD_FAILURE() << "expected Refusal";
+    } catch (const Refusal& refusal) {
+        EXPECT_EQ(refusal.code(), 7);
+    }
+    EXPECT_EQ(main.runSync([] { return 1; }), 1) << "the main thread goes on";
+}
+
+TEST(HeadlessMainThread, AsyncWorkFromSeveralThreads_RunsOnTheMainThreadInEachThreadsOrder)
+{
+    HeadlessMainThread main;
+    constexpr int submitters = 4;
+    constexpr int tasks = 250;
+    // Touched on the main thread only and without a lock: ThreadSanitizer
+    // checks that every hop really lands there.
+    std::vector<std::vector<int>> seen(submitters);
+    bool allOnMain = true;
+    std::vector<std::thread> threads;
+    threads.reserve(submitters);
+    for (int submitter = 0; submitter < submitters; ++submitter) {
+        threads.emplace_back([&, submitter] {
+            for (int task = 0; task < tasks; ++task) {
+                main.submitAsync([&, submitter, task] {
+                    allOnMain = allOnMain && main.isMainThread();
+                    seen[static_cast<std::size_t>(submitter)].push_back(task);
+                });
+            }
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    // Queued behind everything above, so it sees all of it done.
+    const auto [result, onMain] = main.runSync([&] { return std::pair(seen, allOnMain); });
+
+    EXPECT_TRUE(onMain);
+    std::vector<int> inOrder(tasks);
+    for (int task = 0; task < tasks; ++task)
+        inOrder[static_cast<std::size_t>(task)] = task;
+    for (const std::vector<int>& fromOneThread : result)
+        EXPECT_EQ(fromOneThread, inOrder);
+}
+
+TEST(HeadlessMainThread, AsyncWorkThatThrows_ReachesTheFailureHandlerOnTheMainThread)
+{
+    HeadlessMainThread main;
+    std::vector<std::string> failures;
+    bool handledOnMain = false;
+    main.setFailureHandler([&](const std::exception_ptr& failure) {
+        handledOnMain = main.isMainThread();
+        try {
+            std::rethrow_exception(failure);
+        } catch (const std::exception& error) {
+            failures.emplace_back(error.what());
+        }
+    });
+    main.submitAsync([] { throw std::runtime_error("nobody waits for this"); });
+    const auto [seen, onMain] = main.runSync([&] { return std::pair(failures, handledOnMain); });
+    EXPECT_EQ(seen, std::vector<std::string>{"nobody waits for this"});
+    EXPECT_TRUE(onMain);
+}
+
+TEST(HeadlessMainThreadTimer, Ticks_OnTheMainThreadUntilItsHandleIsGone)
+{
+    HeadlessMainThread main;
+    std::mutex mutex;
+    std::condition_variable ticked;
+    int ticks = 0;
+    bool allOnMain = true;
+    RepeatingTimer timer = main.startRepeatingTimer(1ms, [&] {
+        const bool onMain = main.isMainThread();
+        {
+            const std::scoped_lock lock(mutex);
+            ++ticks;
+            allOnMain = allOnMain && onMain;
+        }
+        ticked.notify_all();
+    });
+    {
+        std::unique_lock lock(mutex);
+        ticked.wait(lock, [&] { return ticks >= 3; });
+    }
+    timer.cancel();
+    int ticksWhenCancelled = 0;
+    {
+        const std::scoped_lock lock(mutex);
+        ticksWhenCancelled = ticks;
+    }
+    for (int roundTrip = 0; roundTrip < 3; ++roundTrip)
+        main.runSync([] {});
+    const std::scoped_lock lock(mutex);
+    EXPECT_EQ(ticks, ticksWhenCancelled);
+    EXPECT_TRUE(allOnMain);
+}
+
+// The handle's promise: once it is gone, a tick that was running is over.
+// If it were not, the tick below would write to freed memory, which the
+// sanitizer builds report.
+TEST(HeadlessMainThreadTimer, HandleDestroyedOnAnotherThreadDuringATick_WaitsForTheTickToEnd)
+{
+    HeadlessMainThread main;
+    for (int round = 0; round < 20; ++round) {
+        auto target = std::make_unique<int>(0);
+        Signal entered;
+        Signal cancelling;
+        std::atomic<bool> release{false};
+        RepeatingTimer timer = main.startRepeatingTimer(1ms, [&] {
+            entered.raise();
+            spinUntil(release);
+            ++*target;
+        });
+        entered.wait();
+        std::thread canceller([&] {
+            cancelling.raise();
+            timer.cancel();
+            target.reset();
+        });
+        cancelling.wait();
+        // Likelier that the cancel is already waiting; the outcome must be
+        // the same either way.
+        for (int spin = 0; spin < 100; ++spin)
+            std::this_thread::yield();
+        release = true;
+        canceller.join();
+        EXPECT_FALSE(target);
+    }
+}
+
+TEST(HeadlessMainThreadTimer, HandleCancelledByItsOwnTick_StopsWithoutDeadlock)
+{
+    HeadlessMainThread main;
+    RepeatingTimer timer;
+    int ticks = 0;
+    Signal cancelled;
+    main.submitSync([&] {
+        timer = main.startRepeatingTimer(1ms, [&] {
+            ++ticks;
+            timer.cancel();
+            cancelled.raise();
+        });
+    });
+    cancelled.wait();
+    for (int roundTrip = 0; roundTrip < 3; ++roundTrip)
+        main.runSync([] {});
+    EXPECT_EQ(main.runSync([&] { return ticks; }), 1);
+}
+
+TEST(HeadlessMainThread, Stop_RunsTheWorkAlreadyQueuedThenRefusesNewWork)
+{
+    HeadlessMainThread main;
+    // Main-thread state, read here only after stop() has joined the thread.
+    std::vector<int> ran;
+    std::atomic<bool> release{false};
+    main.submitAsync([&] { spinUntil(release); });
+    for (int task = 0; task < 5; ++task) {
+        main.submitAsync([&, task] {
+            ran.push_back(task);
+            if (task == 4)
+                main.submitAsync([&] { ran.push_back(5); });
+        });
+    }
+    Signal stopping;
+    std::thread stopper([&] {
+        stopping.raise();
+        main.stop();
+    });
+    stopping.wait();
+    release = true;
+    stopper.join();
+
+    EXPECT_EQ(ran, (std::vector<int>{0, 1, 2, 3, 4, 5}));
+    EXPECT_FALSE(main.isMainThread());
+    EXPECT_THROW(main.submitAsync([] {}), MainThreadStopped);
+    EXPECT_THROW(main.submitSync([] {}), MainThreadStopped);
+    EXPECT_THROW((void)main.startRepeatingTimer(1s, [] {}), MainThreadStopped);
+    main.stop();
+}
+
+TEST(HeadlessMainThread, SyncCallersRacingStop_GetTheirResultOrMainThreadStoppedButNeverHang)
+{
+    HeadlessMainThread main;
+    constexpr int callers = 4;
+    std::vector<int> wrongAnswers(callers, 0);
+    std::latch started(callers);
+    std::vector<std::thread> threads;
+    threads.reserve(callers);
+    for (int caller = 0; caller < callers; ++caller) {
+        threads.emplace_back([&, caller] {
+            started.count_down();
+            try {
+                for (int call = 0;; ++call) {
+                    if (main.runSync([call] { return call * 2; }) != call * 2)
+                        ++wrongAnswers[static_cast<std::size_t>(caller)];
+                }
+            } catch (const MainThreadStopped&) {
+                // How every caller ends: the main thread went away.
+            }
+        });
+    }
+    started.wait();
+    main.stop();
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(wrongAnswers, std::vector<int>(callers, 0));
+}
+
+TEST(HeadlessMainThread, StopOnTheMainThreadItself_IsRefused)
+{
+    HeadlessMainThread main;
+    EXPECT_THROW(main.submitSync([&] { main.stop(); }), std::logic_error);
+}
+
+} // namespace
+} // namespace velmora

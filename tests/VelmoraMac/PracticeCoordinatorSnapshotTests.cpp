@@ -1,0 +1,161 @@
+#include <memory>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "CoordinatorTestDoubles.h"
+#include "VelmoraMac/EventEnvelope.h"
+#include "VelmoraMac/Platform/Headless/HeadlessSystemEnvironment.h"
+#include "VelmoraMac/PracticeCoordinator.h"
+#include "tests/VelmoraCore/CoreTestSupport.h"
+#include "tests/VelmoraCore/TemporaryFolder.h"
+
+namespace velmora {
+namespace {
+
+using nlohmann::json;
+using test::utc;
+
+class PracticeCoordinatorSnapshotTest : public testing::Test {
+protected:
+    // A coordinator whose state is `state`, saved and loaded as at start-up.
+    PracticeCoordinator& coordinatorWith(const PracticeState& state, const nlohmann::json& catalog = test::coordinatorCatalogDocument())
+    {
+        m_catalog = std::make_shared<const ContentCatalog>(ContentCatalog::fromJSON(catalog.dump()));
+        auto store = std::make_unique<PracticeStore>(m_folder / "practice.json");
+        store->load();
+        store->update([&state](const PracticeState&) { return state; });
+        m_coordinator = std::make_unique<PracticeCoordinator>(m_catalog, std::move(store), std::make_shared<test::FakeLoginLaunch>(), std::make_shared<test::RecordingReminders>(), nullptr, m_system);
+        m_coordinator->setOnSnapshot([this](const std::string& snapshot) { m_snapshots.push_back(snapshot); });
+        m_coordinator->load();
+        return *m_coordinator;
+    }
+
+    test::TemporaryFolder m_folder;
+    std::shared_ptr<HeadlessSystemEnvironment> m_system = std::make_shared<HeadlessSystemEnvironment>(utc(2025, 3, 14, 12), UserCalendar::utc(), std::vector<std::string>{"en_GB"});
+    std::shared_ptr<const ContentCatalog> m_catalog;
+    std::unique_ptr<PracticeCoordinator> m_coordinator;
+    std::vector<std::string> m_snapshots;
+};
+
+PracticeState practising()
+{
+    PracticeState state;
+    state.onboarded = true;
+    state.selected = {"alcohol", "phone", "delusion"};
+    state.lotuses["phone"] = LotusProgress(9, "2025-03-10", 9); // four days ago: three days of decay
+    state.lotuses["money"] = LotusProgress(4, "2025-03-14", 4); // not selected
+    state.practiceDays = {"2025-03-09", "2025-03-10"};
+    state.waterSoundEnabled = false;
+    return state;
+}
+
+TEST_F(PracticeCoordinatorSnapshotTest, Snapshot_HoldsExactlyTheTwelveMembersWithTheirTypes)
+{
+    const json snapshot = json::parse(coordinatorWith(practising()).snapshot());
+    std::vector<std::string> keys;
+    for (const auto& [key, value] : snapshot.items())
+        keys.push_back(key);
+    std::sort(keys.begin(), keys.end());
+    EXPECT_EQ(keys, (std::vector<std::string>{"backLabel", "bellSoundEnabled", "daysLabel", "daysSuffix", "errorLabel", "language", "noticeLabel", "savedLabel", "settingsLabel", "topics", "version", "waterSoundEnabled"}));
+    EXPECT_TRUE(snapshot["version"].is_number_integer());
+    EXPECT_EQ(snapshot["version"], 1);
+    EXPECT_EQ(snapshot["language"], "en");
+    EXPECT_EQ(snapshot["waterSoundEnabled"], false);
+    EXPECT_EQ(snapshot["bellSoundEnabled"], true);
+    EXPECT_EQ(snapshot["daysSuffix"], "daysSuffix in en");
+    EXPECT_EQ(snapshot["settingsLabel"], "settings in en");
+    EXPECT_EQ(snapshot["noticeLabel"], "notice in en");
+    EXPECT_EQ(snapshot["savedLabel"], "noticed in en");
+    EXPECT_EQ(snapshot["errorLabel"], "saveError in en");
+}
+
+TEST_F(PracticeCoordinatorSnapshotTest, Snapshot_ReplacesTheCountOnlyInTheDaysLabel)
+{
+    const json snapshot = json::parse(coordinatorWith(practising()).snapshot());
+    EXPECT_EQ(snapshot["daysLabel"], "2 days in en");
+    EXPECT_EQ(snapshot["backLabel"], "back, not {count}");
+}
+
+TEST_F(PracticeCoordinatorSnapshotTest, Topics_AreTheSelectedOnesInCatalogOrderWithTheirGrowthToday)
+{
+    const json snapshot = json::parse(coordinatorWith(practising()).snapshot());
+    const json& topics = snapshot["topics"];
+    ASSERT_EQ(topics.size(), 3U);
+    // The catalog lists the topics in reverse alphabetical order.
+    EXPECT_EQ(topics[0]["id"], "phone");
+    EXPECT_EQ(topics[1]["id"], "delusion");
+    EXPECT_EQ(topics[2]["id"], "alcohol");
+
+    const json& phone = topics[0];
+    EXPECT_EQ(phone.size(), 7U);
+    EXPECT_EQ(phone["title"], "phone (en)");
+    EXPECT_EQ(phone["moments"], 9);
+    EXPECT_EQ(phone["growthMoments"], 6);
+    EXPECT_TRUE(phone["freshness"].is_number());
+    EXPECT_EQ(phone["freshness"], 1.0);
+    EXPECT_EQ(phone["color"], "#112233");
+    EXPECT_EQ(phone["icon"], "aWNvbg==");
+    EXPECT_EQ(topics[1]["moments"], 0) << "selected, never noticed";
+    EXPECT_EQ(topics[1]["growthMoments"], 0);
+}
+
+TEST_F(PracticeCoordinatorSnapshotTest, Snapshot_FollowsTheResolvedLanguage)
+{
+    PracticeState state = practising();
+    state.language = "pi";
+    const json snapshot = json::parse(coordinatorWith(state).snapshot());
+    EXPECT_EQ(snapshot["language"], "pi");
+    EXPECT_EQ(snapshot["topics"][0]["title"], "phone (pi)");
+    EXPECT_EQ(snapshot["daysLabel"], "2 days in pi");
+}
+
+TEST_F(PracticeCoordinatorSnapshotTest, Topics_AreAnEmptyArrayWhenNothingIsSelected)
+{
+    const json snapshot = json::parse(coordinatorWith(PracticeState()).snapshot());
+    EXPECT_TRUE(snapshot["topics"].is_array());
+    EXPECT_TRUE(snapshot["topics"].empty());
+    EXPECT_EQ(snapshot.size(), 12U);
+}
+
+TEST_F(PracticeCoordinatorSnapshotTest, TextThatIsNotUTF8_CannotReachTheRenderer)
+{
+    // A content file with such a text is refused when read, and an envelope
+    // around such a text is dropped rather than sent half-escaped.
+    nlohmann::json catalog = test::coordinatorCatalogDocument();
+    catalog["strings"]["en"]["notice"] = "caf-MARK";
+    std::string bytes = catalog.dump();
+    bytes.replace(bytes.find("-MARK"), 5, "\xC3");
+    EXPECT_THROW((void)ContentCatalog::fromJSON(bytes), nlohmann::json::exception);
+
+    EXPECT_EQ(EventEnvelope::wrap("caf\xC3"), std::nullopt);
+}
+
+TEST_F(PracticeCoordinatorSnapshotTest, Envelope_CarriesTheSnapshotAsAString)
+{
+    coordinatorWith(practising());
+    ASSERT_EQ(m_snapshots.size(), 1U);
+    const std::optional<std::string> envelope = EventEnvelope::wrap(m_snapshots[0]);
+    ASSERT_TRUE(envelope);
+    const json parsed = json::parse(*envelope);
+    EXPECT_EQ(parsed.size(), 3U);
+    EXPECT_EQ(parsed["version"], 1);
+    EXPECT_EQ(parsed["kind"], "practice");
+    ASSERT_TRUE(parsed["payload"].is_string());
+    EXPECT_EQ(json::parse(parsed["payload"].get<std::string>()), json::parse(m_snapshots[0]));
+    EXPECT_EQ(envelope->find('\n'), std::string::npos) << "compact";
+}
+
+TEST_F(PracticeCoordinatorSnapshotTest, EveryChange_EmitsTheNewestSnapshot)
+{
+    PracticeCoordinator& coordinator = coordinatorWith(practising());
+    coordinator.notice("alcohol");
+    coordinator.notice("alcohol");
+    ASSERT_EQ(m_snapshots.size(), 3U);
+    const json newest = json::parse(m_snapshots.back());
+    EXPECT_EQ(newest["topics"][2]["moments"], 2);
+    EXPECT_EQ(newest["daysLabel"], "3 days in en");
+}
+
+} // namespace
+} // namespace velmora
