@@ -1,6 +1,8 @@
 // Day keys, week keys and the parsing of day keys, all reckoned by ICU.
 
+#include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <stdexcept>
@@ -168,12 +170,63 @@ std::string PracticeState::weekKey(Instant date, const UserCalendar& calendar)
     return dayKeyOfFields(dates);
 }
 
+namespace {
+
+// Remembers ICU's verdicts on recently seen day keys. Validating a state
+// parses every practice day again, a few microseconds each through ICU,
+// although almost all of them were checked at the previous save; the
+// verdict depends on nothing but the text (UTC, fixed pattern), so a
+// remembered one is exactly what ICU would answer again. Direct-mapped
+// and fixed in size: no allocation, a collision only costs a parse.
+class DayKeyVerdicts {
+public:
+    std::optional<Instant> parse(std::string_view key)
+    {
+        Slot& slot = m_slots.at(slotOf(key));
+        if (slot.filled && std::string_view(slot.key.data(), slot.key.size()) == key)
+            return slot.verdict;
+        slot.verdict = m_format.parse(key);
+        std::copy(key.begin(), key.end(), slot.key.begin());
+        slot.filled = true;
+        return slot.verdict;
+    }
+
+private:
+    static constexpr std::size_t slotCount = 4096;
+
+    struct Slot {
+        std::array<char, dayKeyLength> key{};
+        std::optional<Instant> verdict;
+        bool filled = false;
+    };
+
+    // Keys of the day-key shape numbered in calendar order, so that any run
+    // of consecutive days shorter than the table (eleven years) lands in
+    // distinct slots.
+    static std::size_t slotOf(std::string_view key)
+    {
+        const auto digits = [key](std::size_t from, std::size_t count) {
+            std::size_t value = 0;
+            for (std::size_t i = from; i < from + count; ++i)
+                value = value * 10 + static_cast<std::size_t>(key[i] - '0');
+            return value;
+        };
+        return (digits(0, 4) * 372 + digits(5, 2) * 31 + digits(8, 2)) % slotCount;
+    }
+
+    DayKeyFormat m_format;
+    std::array<Slot, slotCount> m_slots{};
+};
+
+} // namespace
+
 std::optional<Instant> PracticeState::parseDay(std::string_view key)
 {
     if (key.size() != dayKeyLength || !hasDayKeyShape(key))
         return std::nullopt;
-    thread_local DayKeyFormat format;
-    return format.parse(key);
+    // Per thread: ICU formatters must not be shared between threads.
+    thread_local DayKeyVerdicts verdicts;
+    return verdicts.parse(key);
 }
 
 } // namespace velmora

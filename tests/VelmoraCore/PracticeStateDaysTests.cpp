@@ -110,6 +110,20 @@ TEST(PracticeStateDays, ParseDay_RefusesEverythingThatIsNotExactlyADayKey)
     EXPECT_FALSE(PracticeState::parseDay(std::string_view("2024-02-0\0", 10)));
 }
 
+TEST(PracticeStateDays, ParseDay_AnswersTheSameWhenAskedAgainInAnyOrder)
+{
+    // Verdicts are remembered per thread; keys eleven years and four days
+    // apart share a place in that memory, and one of each pair is no day.
+    for (int round = 0; round < 3; ++round) {
+        EXPECT_EQ(PracticeState::parseDay("2013-02-26"), utc(2013, 2, 26));
+        EXPECT_FALSE(PracticeState::parseDay("2024-02-30"));
+        EXPECT_EQ(PracticeState::parseDay("2024-01-01"), utc(2024, 1, 1));
+        EXPECT_EQ(PracticeState::parseDay("2035-01-05"), utc(2035, 1, 5));
+        EXPECT_FALSE(PracticeState::parseDay("2023-02-29"));
+        EXPECT_EQ(PracticeState::parseDay("2024-02-29"), utc(2024, 2, 29));
+    }
+}
+
 TEST(PracticeStateDays, DayKeys_RoundTripThroughParseDayAcrossYears)
 {
     for (const char* key : {"0001-01-01", "1582-10-15", "1900-02-28", "2000-02-29", "2038-01-19", "2100-03-01"}) {
