@@ -34,7 +34,7 @@ public:
     void setOnOpen(OpenCallback callback) override { m_onOpen = std::move(callback); }
     [[nodiscard]] const PermissionDeniedCallback& onPermissionDenied() const override { return m_onPermissionDenied; }
     void setOnPermissionDenied(PermissionDeniedCallback callback) override { m_onPermissionDenied = std::move(callback); }
-    void schedule(const PracticeState&, const std::string&, const std::string&) override { }
+    void schedule(const PracticeState& /*state*/, const std::string& /*title*/, const std::string& /*body*/) override { }
     void request(PermissionCompletion completion) override { completion(true); }
 
 private:
@@ -46,7 +46,7 @@ class IdleLoginLaunch final : public LoginLaunchControlling {
 public:
     [[nodiscard]] bool enabled() const override { return false; }
     [[nodiscard]] bool requiresApproval() const override { return false; }
-    void setEnabled(bool) override { }
+    void setEnabled(bool /*enable*/) override { }
 };
 
 // A long-standing user (three years of days, all seventeen topics) on
