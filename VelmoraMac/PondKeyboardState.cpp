@@ -70,8 +70,11 @@ Point PondKeyboardState::direction() const
     const double down = either(KeyCode::s, KeyCode::downArrow);
     const double x = right - left;
     const double y = up - down;
-    const double length = std::max(std::hypot(x, y), 1.0);
-    return {x / length, y / length};
+    // Each axis is -1, 0 or 1, so the only length to divide by is √2, on a
+    // diagonal. Dividing by hypot(1, 1) rounds twice and lands one unit in
+    // the last place below 1/√2; sqrt(0.5) is the correctly rounded value.
+    const double scale = x != 0 && y != 0 ? std::sqrt(0.5) : 1.0;
+    return {x * scale, y * scale};
 }
 
 } // namespace velmora

@@ -71,6 +71,8 @@ public:
     // Installed by the host.
     void setOnSnapshot(SnapshotCallback callback) { m_onSnapshot = std::move(callback); }
     void setOnEnterPond(Callback callback) { m_onEnterPond = std::move(callback); }
+    // The panel's close button calls it too.
+    [[nodiscard]] const Callback& onEnterPond() const { return m_onEnterPond; }
     void setOnOpenPanel(Callback callback) { m_onOpenPanel = std::move(callback); }
     void setOnChromeChanged(Callback callback) { m_onChromeChanged = std::move(callback); }
 

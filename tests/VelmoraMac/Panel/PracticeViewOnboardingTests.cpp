@@ -1,0 +1,293 @@
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "PanelTestFixture.h"
+
+namespace velmora {
+namespace {
+
+using test::onboardedState;
+using test::shownPage;
+using test::tap;
+
+std::vector<std::string> topicIDs(const SelectionPage& page)
+{
+    std::vector<std::string> ids;
+    for (const TopicCard& card : page.topics)
+        ids.push_back(card.topicID);
+    return ids;
+}
+
+const TopicCard& card(const SelectionPage& page, std::string_view id)
+{
+    for (const TopicCard& card : page.topics) {
+        if (card.topicID == id)
+            return card;
+    }
+    throw std::logic_error("no card for the topic");
+}
+
+class PracticeViewOnboardingTest : public test::PanelTest { };
+
+TEST_F(PracticeViewOnboardingTest, FreshInstall_WalksFromWelcomeThroughTheFiveStepsAndTheLoginIntroductionToTheHintAndThePond)
+{
+    start();
+    ASSERT_EQ(page(), "welcome");
+
+    // Welcome: the wordmark, no way back, the privacy line, "begin".
+    PanelBody body = view().body();
+    EXPECT_EQ(body.header.title.text, "velmora");
+    EXPECT_EQ(body.header.title.design, PanelText::Design::serif);
+    EXPECT_EQ(body.header.title.style, PanelText::Style::italic);
+    EXPECT_EQ(body.header.title.tracking, 1.5);
+    EXPECT_TRUE(body.header.title.accessibilityIdentifier.empty());
+    EXPECT_FALSE(body.header.back);
+    EXPECT_FALSE(body.header.cancel);
+    EXPECT_EQ(body.header.close.accessibilityIdentifier, "settings.close");
+    EXPECT_FALSE(body.steps);
+    EXPECT_EQ(body.background, color("ink")) << "opaque before onboarding";
+    const auto& welcome = shownPage<WelcomePage>(body);
+    EXPECT_EQ(welcome.title.text, text("welcomeTitle"));
+    EXPECT_EQ(welcome.lotus.size, 68);
+    EXPECT_EQ(welcome.lotus.tint, color("gold"));
+    EXPECT_FALSE(welcome.lotus.image.empty());
+    EXPECT_EQ(welcome.privacy.text, text("privacy"));
+    ASSERT_TRUE(body.footer);
+    EXPECT_FALSE(body.footer->counter);
+    EXPECT_EQ(body.footer->primary.label->text, text("begin"));
+    tap(body.footer->primary.action);
+
+    // Step 1 of 5.
+    ASSERT_EQ(page(), "selection");
+    body = view().body();
+    ASSERT_TRUE(body.header.back);
+    EXPECT_EQ(body.header.back->accessibilityLabel, text("back"));
+    EXPECT_FALSE(body.header.cancel) << "no cancel before onboarding";
+    ASSERT_TRUE(body.steps);
+    EXPECT_EQ(body.steps->steps, (std::vector<Color>{color("gold"), color("muted").withOpacity(0.15), color("muted").withOpacity(0.15), color("muted").withOpacity(0.15), color("muted").withOpacity(0.15)}));
+    const auto& first = shownPage<SelectionPage>(body);
+    EXPECT_EQ(first.title.text, model().catalog().group(0, "en"));
+    EXPECT_EQ(first.body.text, text("selectionBody"));
+    EXPECT_EQ(topicIDs(first), (std::vector<std::string>{"alcohol", "smoking", "drugs", "overeating"}));
+    EXPECT_EQ(body.footer->counter->text, text("selected", 0));
+    EXPECT_EQ(body.footer->primary.label->text, text("next"));
+    EXPECT_TRUE(body.footer->primary.enabled) << "only the last step is a gate";
+
+    // Choosing and un-choosing a topic changes the card and the counter only.
+    tap(card(first, "alcohol").toggle);
+    body = view().body();
+    const TopicCard& chosen = card(shownPage<SelectionPage>(body), "alcohol");
+    EXPECT_TRUE(chosen.selected);
+    EXPECT_EQ(chosen.background, PanelStyle::selectedTopicBackground());
+    EXPECT_EQ(chosen.check.name, "checked");
+    EXPECT_EQ(chosen.check.tint, color("primary"));
+    ASSERT_TRUE(chosen.icon);
+    EXPECT_EQ(chosen.icon->tint, Color::mobileHex("#EBB45E")) << "the topic's own colour";
+    EXPECT_EQ(body.footer->counter->text, text("selected", 1));
+    tap(chosen.toggle);
+    body = view().body();
+    const TopicCard& unchosen = card(shownPage<SelectionPage>(body), "alcohol");
+    EXPECT_FALSE(unchosen.selected);
+    EXPECT_EQ(unchosen.background, PanelStyle::topicBackground());
+    EXPECT_EQ(unchosen.check.name, "unchecked");
+    EXPECT_EQ(unchosen.icon->tint, color("muted"));
+    EXPECT_TRUE(state().selected.empty()) << "nothing is saved before the last step";
+
+    for (std::int64_t group = 1; group <= 4; ++group) {
+        tap(view().body().footer->primary.action);
+        EXPECT_EQ(view().group(), group);
+    }
+
+    // The last step with nothing chosen asks for a choice and holds the button.
+    body = view().body();
+    const auto& last = shownPage<SelectionPage>(body);
+    EXPECT_EQ(last.body.text, text("poisonsBody"));
+    EXPECT_EQ(topicIDs(last), (std::vector<std::string>{"craving", "aversion", "delusion"}));
+    EXPECT_EQ(body.steps->steps, std::vector<Color>(5, color("gold")));
+    EXPECT_EQ(body.footer->counter->text, text("chooseOne", 0));
+    EXPECT_EQ(body.footer->primary.label->text, text("next")) << "\"save\" only once onboarded";
+    EXPECT_FALSE(body.footer->primary.enabled);
+    tap(body.footer->primary.action);
+    EXPECT_EQ(page(), "selection") << "a disabled button does nothing";
+
+    tap(card(last, "craving").toggle);
+    body = view().body();
+    EXPECT_EQ(body.footer->counter->text, text("selected", 1));
+    EXPECT_TRUE(body.footer->primary.enabled);
+    tap(body.footer->primary.action);
+
+    // The choice is committed; the login introduction comes next.
+    ASSERT_EQ(page(), "loginIntro");
+    EXPECT_EQ(savedState().selected, (PracticeState::StringSet{"craving"}));
+    body = view().body();
+    EXPECT_FALSE(body.steps);
+    EXPECT_FALSE(body.footer->counter);
+    EXPECT_EQ(body.footer->primary.label->text, text("enterPond"));
+    const auto& intro = shownPage<LoginIntroPage>(body);
+    EXPECT_EQ(intro.title.text, text("menuWelcome"));
+    EXPECT_EQ(intro.body.text, text("menuFind"));
+    EXPECT_EQ(intro.illustration.lotus.name, "lotus");
+    EXPECT_FALSE(intro.login.toggle.control.isOn);
+    tap(intro.login.toggle.toggle);
+    EXPECT_EQ(m_login->requests, std::vector<bool>{true});
+    EXPECT_TRUE(shownPage<LoginIntroPage>(view().body()).login.toggle.control.isOn);
+
+    // Finishing onboarding shows the one-time hint, then the pond.
+    tap(view().body().footer->primary.action);
+    ASSERT_EQ(page(), "hint");
+    EXPECT_TRUE(savedState().onboarded);
+    body = view().body();
+    EXPECT_FALSE(body.footer);
+    EXPECT_FALSE(body.header.back);
+    EXPECT_EQ(body.header.title.text, text("settings"));
+    EXPECT_EQ(body.header.title.accessibilityIdentifier, "settings.heading");
+    EXPECT_EQ(body.background, color("ink").withOpacity(0.8));
+    const auto& hint = shownPage<ExplanationPage>(body);
+    EXPECT_EQ(hint.title.text, text("hintTitle"));
+    EXPECT_EQ(hint.understood.label->text, text("understood"));
+    tap(hint.understood.action);
+    EXPECT_TRUE(savedState().hintSeen);
+    EXPECT_EQ(m_pondEntered, 1);
+}
+
+TEST_F(PracticeViewOnboardingTest, Back_StepsDownThenLeavesToWelcomeOrSettings)
+{
+    struct BackCase {
+        const char* name = nullptr;
+        bool onboarded = false;
+        std::int64_t stepsForward = 0;
+        const char* page = nullptr;
+        std::int64_t group = 0;
+    };
+    const BackCase cases[] = {
+        {"first step, not onboarded", false, 0, "welcome", 0},
+        {"first step, onboarded", true, 0, "settings", 0},
+        {"third step", false, 2, "selection", 1},
+        {"last step, onboarded", true, 4, "selection", 3},
+    };
+    for (const BackCase& c : cases) {
+        SCOPED_TRACE(c.name);
+        std::filesystem::remove(url());
+        start(c.onboarded ? std::optional(onboardedState()) : std::nullopt);
+        if (c.onboarded)
+            view().openTopics();
+        else
+            view().advance();
+        for (std::int64_t step = 0; step < c.stepsForward; ++step)
+            view().advance();
+        tap(view().body().header.back->action);
+        EXPECT_EQ(page(), c.page);
+        EXPECT_EQ(view().group(), c.group);
+    }
+}
+
+TEST_F(PracticeViewOnboardingTest, WorkingSelection_SurvivesBackCancelAndCloseAndIsResetOnlyByEnteringAgain)
+{
+    start(onboardedState({"phone"}));
+    view().openTopics();
+    ASSERT_EQ(view().selected(), (PracticeState::StringSet{"phone"})) << "entering starts from the saved selection";
+    view().toggleTopic("alcohol");
+    view().advance();
+
+    // Close leaves the page as it is: the panel reopens on the same step.
+    tap(view().body().header.close.action);
+    EXPECT_EQ(m_pondEntered, 1);
+    EXPECT_EQ(page(), "selection");
+    EXPECT_EQ(view().group(), 1);
+    EXPECT_EQ(view().selected(), (PracticeState::StringSet{"alcohol", "phone"}));
+
+    // Back keeps the working set too; cancel saves nothing.
+    view().back();
+    EXPECT_EQ(view().group(), 0);
+    const PanelBody body = view().body();
+    ASSERT_TRUE(body.header.cancel);
+    EXPECT_EQ(body.header.cancel->label->text, text("cancel"));
+    EXPECT_EQ(body.header.cancel->label->color, color("gold"));
+    tap(body.header.cancel->action);
+    EXPECT_EQ(page(), "settings");
+    EXPECT_EQ(view().selected(), (PracticeState::StringSet{"alcohol", "phone"}));
+    EXPECT_EQ(savedState().selected, (PracticeState::StringSet{"phone"}));
+
+    // The topics row starts over from what is saved.
+    tap(shownPage<SettingsPage>(view().body()).topics.topics.action);
+    EXPECT_EQ(page(), "selection");
+    EXPECT_EQ(view().group(), 0);
+    EXPECT_EQ(view().selected(), (PracticeState::StringSet{"phone"}));
+}
+
+TEST_F(PracticeViewOnboardingTest, LastStep_OnceOnboarded_ReadsSaveAndGoesStraightToThePond)
+{
+    start(onboardedState({"phone"}));
+    view().openTopics();
+    for (int step = 0; step < 4; ++step)
+        view().advance();
+    view().toggleTopic("craving");
+    const PanelBody body = view().body();
+    EXPECT_EQ(body.footer->primary.label->text, text("save"));
+    EXPECT_EQ(body.background, color("ink").withOpacity(0.8));
+    tap(body.footer->primary.action);
+
+    EXPECT_EQ(savedState().selected, (PracticeState::StringSet{"craving", "phone"}));
+    EXPECT_EQ(m_pondEntered, 1);
+}
+
+TEST_F(PracticeViewOnboardingTest, GroupWithoutTopics_ShowsAnEmptyListAndStillAdvances)
+{
+    nlohmann::json content = test::shippedContentDocument();
+    for (auto& topic : content["topics"])
+        topic["group"] = 0;
+    rebuild(content);
+    model().load();
+    view().appear();
+    view().advance();
+    EXPECT_EQ(shownPage<SelectionPage>(view().body()).topics.size(), 17U);
+    view().advance();
+    EXPECT_TRUE(shownPage<SelectionPage>(view().body()).topics.empty());
+    view().advance();
+    EXPECT_EQ(view().group(), 2);
+}
+
+TEST_F(PracticeViewOnboardingTest, TopicWhoseIconIsNoImage_HasNoIconButKeepsItsCard)
+{
+    nlohmann::json content = test::shippedContentDocument();
+    content["topics"][0]["icon"] = "aWNvbg=="; // decodes, but not to an image
+    content["topics"][1]["icon"] = "not base64!";
+    rebuild(content);
+    model().load();
+    view().advance();
+    const PanelBody body = view().body();
+    const auto& selection = shownPage<SelectionPage>(body);
+    ASSERT_GE(selection.topics.size(), 3U);
+    EXPECT_FALSE(selection.topics[0].icon);
+    EXPECT_FALSE(selection.topics[1].icon);
+    ASSERT_TRUE(selection.topics[2].icon);
+    EXPECT_EQ(selection.topics[2].icon->size, 32);
+}
+
+TEST_F(PracticeViewOnboardingTest, Appear_FillsTheWorkingSelectionAndReadsTheLoginStatusOnlyTheFirstTime)
+{
+    PracticeState chosen;
+    chosen.selected = {"money"};
+    saveBeforeStart(chosen);
+    m_login->status = 2;
+    model().load();
+    ASSERT_EQ(page(), "loginIntro");
+    EXPECT_TRUE(view().selected().empty()) << "empty until first shown";
+
+    view().appear();
+    EXPECT_EQ(view().selected(), (PracticeState::StringSet{"money"}));
+    const PanelBody body = view().body();
+    const LoginBlock& login = shownPage<LoginIntroPage>(body).login;
+    EXPECT_TRUE(login.toggle.control.isOn);
+    ASSERT_TRUE(login.approval);
+    EXPECT_EQ(login.approval->text, text("loginApproval"));
+
+    view().toggleTopic("phone");
+    view().appear();
+    EXPECT_EQ(view().selected(), (PracticeState::StringSet{"money", "phone"}));
+}
+
+} // namespace
+} // namespace velmora

@@ -1,0 +1,356 @@
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "PanelTestFixture.h"
+#include "VelmoraMac/Panel/TimeOfDay.h"
+
+namespace velmora {
+namespace {
+
+using test::onboardedState;
+using test::shownPage;
+using test::tap;
+using test::utc;
+
+class PracticeViewSettingsTest : public test::PanelTest {
+protected:
+    SettingsPage settings() { return shownPage<SettingsPage>(view().body()); }
+};
+
+TEST_F(PracticeViewSettingsTest, SettingsPage_ShowsEverySectionForTheSavedState)
+{
+    start(onboardedState());
+    ASSERT_EQ(page(), "settings");
+    const PanelBody body = view().body();
+    EXPECT_FALSE(body.footer);
+    EXPECT_FALSE(body.steps);
+    EXPECT_FALSE(body.header.back);
+    EXPECT_EQ(body.header.title.text, text("settings"));
+    EXPECT_EQ(body.header.title.accessibilityIdentifier, "settings.heading");
+
+    const auto& page = shownPage<SettingsPage>(body);
+    EXPECT_EQ(page.language.row.subtitle->text, text("systemLanguage"));
+    EXPECT_EQ(page.language.row.trailing->name, "expand");
+    EXPECT_EQ(page.language.row.icon->tint, color("gold"));
+    EXPECT_EQ(page.sounds.water.title.text, text("waterSound"));
+    EXPECT_EQ(page.sounds.water.stateWord.text, text("stateOn"));
+    EXPECT_EQ(page.topics.topics.subtitle->text, text("retained"));
+    EXPECT_FALSE(page.topics.guide.subtitle);
+    EXPECT_EQ(page.reminder.toggle.accessibilityIdentifier, "reminder.toggle");
+    EXPECT_EQ(page.reminder.toggle.body.text, text("reminderBody"));
+    EXPECT_EQ(page.reminder.toggle.body.color, color("muted"));
+    EXPECT_FALSE(page.reminder.openSettings);
+    EXPECT_FALSE(page.reminder.time.enabled) << "reminders are off by default";
+    EXPECT_EQ(page.privacy.title.text, text("localOnly"));
+    EXPECT_EQ(page.footer.text, "velmora");
+    EXPECT_EQ(page.footer.color, color("muted"));
+}
+
+TEST_F(PracticeViewSettingsTest, LanguagePage_ListsSystemAndEveryLanguageAndClosesOnlyWhenTheChoiceIsSaved)
+{
+    nlohmann::json content = test::shippedContentDocument();
+    content["languages"].erase("pi");
+    saveBeforeStart(onboardedState());
+    rebuild(content);
+    model().load();
+
+    tap(settings().language.row.action);
+    ASSERT_EQ(page(), "language");
+    PanelBody body = view().body();
+    EXPECT_EQ(body.header.title.text, text("language"));
+    ASSERT_TRUE(body.header.back);
+    const auto& languages = shownPage<LanguagePage>(body);
+    std::vector<std::string> codes;
+    for (const auto& choice : languages.choices)
+        codes.push_back(choice.code);
+    EXPECT_EQ(codes, (std::vector<std::string>{"system", "ru", "en", "fr", "hi", "es", "pt", "pi"}));
+    EXPECT_EQ(languages.choices[0].row.title.text, text("systemLanguage"));
+    EXPECT_EQ(languages.choices[3].row.title.text, "Français");
+    EXPECT_EQ(languages.choices[7].row.title.text, "pi") << "a language the catalog has no name for shows its code";
+    EXPECT_EQ(languages.choices[0].row.trailing->name, "checked");
+    EXPECT_EQ(languages.choices[3].row.trailing->name, "unchecked");
+
+    // Saved: the panel speaks French at once and returns to the settings.
+    tap(languages.choices[3].row.action);
+    EXPECT_EQ(page(), "settings");
+    EXPECT_EQ(savedState().language, "fr");
+    body = view().body();
+    EXPECT_EQ(body.header.title.text, model().catalog().text("settings", "fr"));
+    EXPECT_EQ(shownPage<SettingsPage>(body).language.row.subtitle->text, "Français");
+
+    // Not saved: the page stays and the error shows under it in red.
+    view().openLanguage();
+    view().chooseLanguage("xx");
+    EXPECT_EQ(page(), "language");
+    EXPECT_EQ(savedState().language, "fr");
+    body = view().body();
+    ASSERT_TRUE(body.errorLine);
+    EXPECT_EQ(body.errorLine->text, model().catalog().text("saveError", "fr"));
+    EXPECT_EQ(body.errorLine->color, PanelStyle::errorRed());
+    EXPECT_EQ(body.errorLine->size, 14);
+
+    tap(body.header.back->action);
+    EXPECT_EQ(page(), "settings");
+}
+
+TEST_F(PracticeViewSettingsTest, SoundSwitches_SaveAtOnceAndShowTheirState)
+{
+    start(onboardedState());
+    tap(settings().sounds.water.toggle);
+    EXPECT_FALSE(savedState().waterSoundEnabled);
+    EXPECT_TRUE(savedState().bellSoundEnabled);
+
+    const SettingsPage::Sounds sounds = settings().sounds;
+    EXPECT_EQ(sounds.water.stateWord.text, text("stateOff"));
+    EXPECT_EQ(sounds.water.control, (PanelSwitch{false, color("surfaceContainerHighest"), color("outline"), 2, color("outline"), 16, 8, 32}));
+    EXPECT_EQ(sounds.bell.control, (PanelSwitch{true, color("primary"), std::nullopt, 0, color("onPrimary"), 24, 4, 32}));
+
+    tap(sounds.bell.toggle);
+    tap(settings().sounds.water.toggle);
+    EXPECT_TRUE(savedState().waterSoundEnabled);
+    EXPECT_FALSE(savedState().bellSoundEnabled);
+    EXPECT_FALSE(view().stateBool(&PracticeState::bellSoundEnabled));
+}
+
+TEST_F(PracticeViewSettingsTest, ReminderSwitch_WithPermissionGranted_SavesAndEnablesThePicker)
+{
+    start(onboardedState());
+    tap(settings().reminder.toggle.toggle);
+    ASSERT_EQ(m_reminders->pendingRequests.size(), 1U) << "switching on asks for permission first";
+    EXPECT_FALSE(savedState().reminderEnabled);
+    EXPECT_FALSE(settings().reminder.time.enabled);
+
+    m_reminders->answerRequest(true);
+    EXPECT_TRUE(savedState().reminderEnabled);
+    const SettingsPage::Reminder reminder = settings().reminder;
+    EXPECT_TRUE(reminder.toggle.control.isOn);
+    EXPECT_EQ(reminder.toggle.body.text, text("reminderBody"));
+    EXPECT_FALSE(reminder.openSettings);
+    EXPECT_TRUE(reminder.time.enabled);
+    EXPECT_EQ(reminder.time.tint, color("gold"));
+
+    tap(reminder.toggle.toggle);
+    EXPECT_FALSE(savedState().reminderEnabled);
+    EXPECT_TRUE(m_reminders->pendingRequests.empty()) << "switching off asks nothing";
+}
+
+TEST_F(PracticeViewSettingsTest, ReminderSwitch_WithPermissionDenied_WarnsOffersTheSettingsAndKeepsThePickerDisabled)
+{
+    start(onboardedState());
+    tap(settings().reminder.toggle.toggle);
+    m_reminders->answerRequest(false);
+
+    EXPECT_FALSE(savedState().reminderEnabled);
+    const SettingsPage::Reminder reminder = settings().reminder;
+    EXPECT_FALSE(reminder.toggle.control.isOn);
+    EXPECT_EQ(reminder.toggle.body.text, text("permissionDenied"));
+    EXPECT_EQ(reminder.toggle.body.color, color("gold"));
+    ASSERT_TRUE(reminder.openSettings);
+    EXPECT_EQ(reminder.openSettings->label->text, text("notificationSettings"));
+    EXPECT_EQ(reminder.openSettings->accessibilityIdentifier, "reminder.openSettings");
+    EXPECT_FALSE(reminder.time.enabled);
+    tap(reminder.openSettings->action);
+    EXPECT_EQ(m_notificationSettingsOpened, 1);
+}
+
+TEST_F(PracticeViewSettingsTest, TimePicker_IsEnabledOnlyWhileRemindersAreOnAndAllowed)
+{
+    struct PickerCase {
+        bool reminderEnabled = false;
+        bool denied = false;
+        bool enabled = false;
+    };
+    const PickerCase cases[] = {
+        {false, false, false},
+        {false, true, false},
+        {true, false, true},
+        {true, true, false},
+    };
+    for (const PickerCase& c : cases) {
+        SCOPED_TRACE(testing::Message() << "reminder " << c.reminderEnabled << ", denied " << c.denied);
+        PracticeState stored = onboardedState();
+        stored.reminderEnabled = c.reminderEnabled;
+        start(stored);
+        model().setReminderPermissionDenied(c.denied);
+        EXPECT_EQ(settings().reminder.time.enabled, c.enabled);
+        EXPECT_EQ(view().setReminderTime(utc(2025, 3, 15, 5, 15)), c.enabled);
+        EXPECT_EQ(savedState().reminderHour, c.enabled ? 7 : 20);
+    }
+}
+
+TEST_F(PracticeViewSettingsTest, TimePicker_ReadsTodayInTheUsersCalendarAndWritesItsHourAndMinute)
+{
+    PracticeState stored = onboardedState();
+    stored.reminderEnabled = true;
+    start(stored);
+
+    // Now is 00:30 on the 15th in Helsinki (UTC+2), still the 14th in UTC.
+    ReminderTimePicker picker = settings().reminder.time;
+    EXPECT_EQ(picker.date, utc(2025, 3, 15, 18, 0));
+    EXPECT_EQ(picker.hour, 20);
+    EXPECT_EQ(picker.minute, 0);
+    EXPECT_EQ(picker.label.text, text("time"));
+
+    picker.pick(utc(2025, 3, 20, 4, 45, 30));
+    EXPECT_EQ(savedState().reminderHour, 6);
+    EXPECT_EQ(savedState().reminderMinute, 45);
+    picker = settings().reminder.time;
+    EXPECT_EQ(picker.date, utc(2025, 3, 15, 4, 45));
+    EXPECT_EQ(picker.hour, 6);
+    EXPECT_EQ(picker.minute, 45);
+}
+
+TEST_F(PracticeViewSettingsTest, TimeOfDay_FollowsTheRemindersThroughDaylightSavingChanges)
+{
+    const UserCalendar helsinki = UserCalendar::inTimeZone("Europe/Helsinki");
+    struct DayCase {
+        const char* name = nullptr;
+        Instant now;
+        TimeOfDay time;
+        std::optional<Instant> expected;
+    };
+    const DayCase cases[] = {
+        {"ordinary winter day", utc(2025, 1, 10, 12), {20, 0}, utc(2025, 1, 10, 18)},
+        {"inside the spring gap: the first time after it", utc(2025, 3, 30, 12), {3, 30}, utc(2025, 3, 30, 1)},
+        {"twice in autumn: the first occurrence", utc(2025, 10, 26, 12), {3, 30}, utc(2025, 10, 26, 0, 30)},
+        {"outside the clock", utc(2025, 1, 10, 12), {24, 0}, std::nullopt},
+        {"negative minute", utc(2025, 1, 10, 12), {8, -1}, std::nullopt},
+    };
+    for (const DayCase& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(c.time.on(c.now, helsinki), c.expected);
+    }
+}
+
+TEST_F(PracticeViewSettingsTest, LoginBlock_ShowsApprovalAndErrorsAndOpensTheLoginItemsSettings)
+{
+    start(onboardedState());
+    m_login->statusAfterRegistering = 2;
+    tap(settings().login.toggle.toggle);
+    LoginBlock login = settings().login;
+    EXPECT_TRUE(login.toggle.control.isOn) << "waiting for approval counts as on";
+    ASSERT_TRUE(login.approval);
+    EXPECT_EQ(login.approval->size, 14);
+    ASSERT_TRUE(login.openSettings);
+    EXPECT_EQ(login.openSettings->label->text, text("loginSettings"));
+    tap(login.openSettings->action);
+    EXPECT_EQ(m_loginItems->requests(), std::vector<HeadlessLoginItemService::Request>{HeadlessLoginItemService::Request::openLoginItemsSettings});
+    EXPECT_FALSE(login.error);
+
+    m_login->refuse = true;
+    tap(login.toggle.toggle);
+    login = settings().login;
+    ASSERT_TRUE(login.error);
+    EXPECT_EQ(login.error->text, text("loginError"));
+    EXPECT_EQ(m_login->requests, (std::vector<bool>{true, false}));
+
+    // Approved in the system settings meanwhile: seen when the application
+    // becomes active again.
+    m_login->status = 1;
+    EXPECT_TRUE(settings().login.approval);
+    view().applicationDidBecomeActive();
+    EXPECT_FALSE(settings().login.approval);
+    EXPECT_FALSE(settings().login.openSettings);
+}
+
+TEST_F(PracticeViewSettingsTest, GuideAndPrivacy_OpenTheGuideAndThePrivacyPage)
+{
+    start(onboardedState());
+    tap(settings().topics.guide.action);
+    ASSERT_EQ(page(), "guide");
+    PanelBody body = view().body();
+    EXPECT_TRUE(body.header.back);
+    const auto& guide = shownPage<ExplanationPage>(body);
+    EXPECT_EQ(guide.title.text, text("hintTitle"));
+    tap(guide.understood.action);
+    EXPECT_EQ(page(), "settings");
+    EXPECT_EQ(m_pondEntered, 0) << "the guide is not the hint: no pond";
+
+    const SettingsPage::Privacy privacy = settings().privacy;
+    EXPECT_EQ(privacy.link.label.text, text("privacyPolicy"));
+    EXPECT_EQ(privacy.link.icon.size, 18);
+    tap(privacy.link.open);
+    ASSERT_EQ(m_urlOpener->opened().size(), 1U);
+    EXPECT_TRUE(m_urlOpener->opened()[0].ends_with("/privacy/"));
+}
+
+TEST_F(PracticeViewSettingsTest, WiltPage_ShowsTheWiltTextsAndLeadsToThePond)
+{
+    start(onboardedState());
+    model().setPage("wilt");
+    const PanelBody body = view().body();
+    const auto& wilt = shownPage<ExplanationPage>(body);
+    EXPECT_EQ(wilt.title.text, text("wiltTitle"));
+    EXPECT_EQ(wilt.body.text, text("wiltBody"));
+    tap(wilt.understood.action);
+    EXPECT_EQ(m_pondEntered, 1);
+}
+
+TEST_F(PracticeViewSettingsTest, FailedLoad_ShowsOnlyTheErrorPageUntilARetrySucceeds)
+{
+    saveBeforeStart(onboardedState());
+    const std::string good = test::fileBytes(url());
+    test::writeFileBytes(url(), "{\"version\":");
+    model().load();
+    view().appear();
+    ASSERT_TRUE(model().loadFailed().get());
+
+    PanelBody body = view().body();
+    const auto& failed = shownPage<LoadErrorPage>(body);
+    EXPECT_EQ(failed.message.text, text("loadError"));
+    EXPECT_EQ(failed.retry.label->text, text("retry"));
+    EXPECT_FALSE(body.footer) << "not even on the welcome page";
+    EXPECT_FALSE(body.errorLine) << "the error is the page itself";
+    EXPECT_EQ(body.background, color("ink"));
+
+    tap(failed.retry.action);
+    EXPECT_TRUE(model().loadFailed().get()) << "still unreadable";
+    test::writeFileBytes(url(), good);
+    tap(failed.retry.action);
+    EXPECT_EQ(page(), "settings");
+    body = view().body();
+    EXPECT_NO_THROW((void)shownPage<SettingsPage>(body));
+    EXPECT_EQ(body.background, color("ink").withOpacity(0.8));
+}
+
+TEST_F(PracticeViewSettingsTest, Close_AsksTheHostForThePondWhenItListens)
+{
+    start(onboardedState());
+    tap(view().body().header.close.action);
+    EXPECT_EQ(m_pondEntered, 1);
+    model().setOnEnterPond(nullptr);
+    tap(view().body().header.close.action);
+    EXPECT_EQ(page(), "settings");
+}
+
+TEST_F(PracticeViewSettingsTest, Redraw_IsAskedForOnEveryPublishedChangeAndEveryChangeOfTheViewsOwn)
+{
+    start(onboardedState());
+    int redraws = 0;
+    view().setOnNeedsDisplay([&redraws] { ++redraws; });
+    view().openGuide();
+    EXPECT_GE(redraws, 1);
+    redraws = 0;
+    view().toggleTopic("phone");
+    EXPECT_EQ(redraws, 1);
+    redraws = 0;
+    m_reminders->onPermissionDenied()(true);
+    EXPECT_EQ(redraws, 1);
+}
+
+TEST_F(PracticeViewSettingsTest, Actions_OutlivingTheView_DoNothing)
+{
+    start(onboardedState());
+    const PanelBody body = view().body();
+    m_view.reset();
+    tap(body.header.close.action);
+    tap(shownPage<SettingsPage>(body).sounds.water.toggle);
+    shownPage<SettingsPage>(body).reminder.time.pick(utc(2025, 3, 15, 5));
+    EXPECT_EQ(m_pondEntered, 0);
+    EXPECT_EQ(savedState(), onboardedState());
+}
+
+} // namespace
+} // namespace velmora

@@ -1,0 +1,101 @@
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "VelmoraMac/Platform/Headless/HeadlessLoginItemService.h"
+#include "VelmoraMac/Platform/LoginItemError.h"
+#include "VelmoraMac/Services/LoginLaunchService.h"
+
+namespace velmora {
+namespace {
+
+using Request = HeadlessLoginItemService::Request;
+
+struct StatusCase {
+    const char* name = "";
+    LoginItemStatus status = LoginItemStatus::notRegistered;
+    bool enabled = false;
+    bool requiresApproval = false;
+};
+
+TEST(LoginLaunchService, Status_EnabledWhenRegisteredOrAwaitingApproval)
+{
+    const StatusCase cases[] = {
+        {"not registered", LoginItemStatus::notRegistered, false, false},
+        {"enabled", LoginItemStatus::enabled, true, false},
+        {"awaiting approval", LoginItemStatus::requiresApproval, true, true},
+        {"not found", LoginItemStatus::notFound, false, false},
+        {"a value the system added later", static_cast<LoginItemStatus>(7), false, false},
+    };
+    const auto system = std::make_shared<HeadlessLoginItemService>();
+    const LoginLaunchService service(system);
+    // One service throughout: the status is read anew on every call.
+    for (const auto& c : cases) {
+        system->setStatus(c.status);
+        EXPECT_EQ(service.enabled(), c.enabled) << c.name;
+        EXPECT_EQ(service.requiresApproval(), c.requiresApproval) << c.name;
+    }
+}
+
+TEST(LoginLaunchService, SetEnabled_RegistersAndUnregistersTheApplication)
+{
+    const auto system = std::make_shared<HeadlessLoginItemService>();
+    LoginLaunchService service(system);
+    service.setEnabled(true);
+    EXPECT_TRUE(service.enabled());
+    service.setEnabled(false);
+    EXPECT_FALSE(service.enabled());
+
+    system->setStatusAfterRegistering(LoginItemStatus::requiresApproval);
+    service.setEnabled(true);
+    EXPECT_TRUE(service.requiresApproval());
+    EXPECT_EQ(system->requests(), (std::vector<Request>{Request::registerLoginItem, Request::unregisterLoginItem, Request::registerLoginItem}));
+}
+
+TEST(LoginLaunchService, RefusedSwitch_RaisesTheSystemsErrorAndKeepsTheStatus)
+{
+    const auto system = std::make_shared<HeadlessLoginItemService>(LoginItemStatus::enabled);
+    LoginLaunchService service(system);
+    system->setUnregisterError("Operation not permitted");
+    try {
+        service.setEnabled(false);
+        ADD_FAILURE() << "expected LoginItemError";
+    } catch (const LoginItemError& error) {
+        EXPECT_STREQ(error.what(), "Operation not permitted");
+    }
+    EXPECT_TRUE(service.enabled());
+
+    system->setStatus(LoginItemStatus::notRegistered);
+    system->setRegisterError("Application not found");
+    EXPECT_THROW(service.setEnabled(true), LoginItemError);
+    EXPECT_FALSE(service.enabled());
+}
+
+struct EventCase {
+    const char* name = "";
+    std::optional<LaunchEvent> event;
+    bool login = false;
+};
+
+TEST(LoginLaunchService, IsLoginEvent_OnlyAFirstLaunchMarkedAsLoginItem)
+{
+    const EventCase cases[] = {
+        {"no event", std::nullopt, false},
+        {"open, launched as login item", LaunchEvent{"oapp", "lgit"}, true},
+        {"open without the parameter", LaunchEvent{"oapp", std::nullopt}, false},
+        {"open with another launch kind", LaunchEvent{"oapp", "????"}, false},
+        {"open with an empty parameter", LaunchEvent{"oapp", ""}, false},
+        {"reopen, even marked as login item", LaunchEvent{"rapp", "lgit"}, false},
+        {"reopen without the parameter", LaunchEvent{"rapp", std::nullopt}, false},
+        {"event ID in other case", LaunchEvent{"OAPP", "lgit"}, false},
+        {"empty event ID", LaunchEvent{"", "lgit"}, false},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(LoginLaunchService::isLoginEvent(c.event), c.login) << c.name;
+}
+
+} // namespace
+} // namespace velmora
