@@ -1,0 +1,57 @@
+#include "HeadlessContentView.h"
+
+#include <ranges>
+#include <utility>
+
+namespace velmora {
+
+HeadlessContentView::HeadlessContentView(Rect bounds, Orientation orientation)
+    : m_bounds(bounds)
+    , m_orientation(orientation)
+{
+}
+
+Point HeadlessContentView::convertFromWindow(Point point) const
+{
+    // The content view fills the window's content area, whose origin is
+    // its lower left corner.
+    if (isFlipped())
+        return {m_bounds.minX() + point.x, m_bounds.minY() + m_bounds.height() - point.y};
+    return {m_bounds.minX() + point.x, m_bounds.minY() + point.y};
+}
+
+void HeadlessContentView::addOverlay(std::shared_ptr<OverlayView> overlay)
+{
+    if (!overlay)
+        return;
+    overlay->setSize(m_bounds.size);
+    m_overlays.push_back(std::move(overlay));
+}
+
+void HeadlessContentView::setBounds(Rect bounds)
+{
+    m_bounds = bounds;
+    for (const auto& overlay : m_overlays)
+        overlay->setSize(bounds.size);
+}
+
+Point HeadlessContentView::overlayPoint(Point windowPoint) const
+{
+    return {windowPoint.x, m_bounds.height() - windowPoint.y};
+}
+
+bool HeadlessContentView::click(Point point)
+{
+    const Point local = overlayPoint(point);
+    for (const auto& overlay : std::views::reverse(m_overlays)) {
+        if (!overlay->isHidden() && overlay->takesClick(local)) {
+            // Held: the click may remove overlays.
+            const std::shared_ptr<OverlayView> target = overlay;
+            target->click(local);
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace velmora

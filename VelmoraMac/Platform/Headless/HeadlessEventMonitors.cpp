@@ -1,0 +1,93 @@
+#include "HeadlessEventMonitors.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+namespace velmora {
+
+class HeadlessEventMonitors::Token final : public PlatformToken {
+public:
+    Token(std::weak_ptr<State> state, std::uint64_t id)
+        : m_state(std::move(state))
+        , m_id(id)
+    {
+    }
+    Token(const Token&) = delete;
+    Token& operator=(const Token&) = delete;
+    Token(Token&&) = delete;
+    Token& operator=(Token&&) = delete;
+    ~Token() override
+    {
+        const auto state = m_state.lock();
+        if (!state)
+            return;
+        std::erase_if(state->added, [this](const Entry& entry) { return entry.id == m_id; });
+        // Only emptied, not erased: a handler may remove a monitor while a
+        // dispatch walks the list, and even its own while it runs.
+        for (Entry& entry : state->entries) {
+            if (entry.id == m_id)
+                entry.mask = 0;
+        }
+    }
+
+private:
+    std::weak_ptr<State> m_state;
+    std::uint64_t m_id;
+};
+
+HeadlessEventMonitors::HeadlessEventMonitors()
+    : m_state(std::make_shared<State>())
+{
+}
+
+HeadlessEventMonitors::~HeadlessEventMonitors() = default;
+
+std::unique_ptr<PlatformToken> HeadlessEventMonitors::addLocalMonitor(std::uint64_t eventMask, Handler handler)
+{
+    if (std::ranges::find(m_refusedMasks, eventMask) != m_refusedMasks.end() || !handler)
+        return nullptr;
+    const std::uint64_t id = m_nextID++;
+    Entry entry{id, eventMask, std::move(handler)};
+    if (m_state->dispatchDepth > 0) {
+        m_state->added.push_back(std::move(entry));
+    } else {
+        std::erase_if(m_state->entries, [](const Entry& old) { return old.mask == 0; });
+        m_state->entries.push_back(std::move(entry));
+    }
+    return std::make_unique<Token>(m_state, id);
+}
+
+EventDisposition HeadlessEventMonitors::dispatch(const InputEvent& event)
+{
+    const std::uint64_t bit = eventMaskBit(event.type);
+    // Kept alive and in place for the walk; monitors added meanwhile join
+    // the list afterwards and see the next event.
+    const std::shared_ptr<State> state = m_state;
+    ++state->dispatchDepth;
+    EventDisposition disposition = EventDisposition::passOn;
+    for (const Entry& entry : state->entries) {
+        if ((entry.mask & bit) != 0 && entry.handler(event) == EventDisposition::consume) {
+            disposition = EventDisposition::consume;
+            break;
+        }
+    }
+    if (--state->dispatchDepth == 0 && !state->added.empty()) {
+        std::ranges::move(state->added, std::back_inserter(state->entries));
+        state->added.clear();
+    }
+    return disposition;
+}
+
+void HeadlessEventMonitors::refuse(std::uint64_t eventMask)
+{
+    m_refusedMasks.push_back(eventMask);
+}
+
+std::size_t HeadlessEventMonitors::monitorCount() const
+{
+    const auto installed = [](const Entry& entry) { return entry.mask != 0; };
+    return static_cast<std::size_t>(std::ranges::count_if(m_state->entries, installed)) + m_state->added.size();
+}
+
+} // namespace velmora

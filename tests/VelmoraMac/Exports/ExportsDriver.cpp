@@ -1,0 +1,260 @@
+// Plays a rendering program against the shared library in a process of its
+// own: the host is process-wide and never cleared, so every scenario needs a
+// fresh process. It loads the library with dlopen, runs one scenario and
+// prints what it saw as lines of "key value...", for the tests to check.
+//
+// Usage: VelmoraExportsDriver <library> <scenario> [arguments...]
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <dlfcn.h>
+
+#include "velmora/velmora.h"
+
+namespace {
+
+// The library's eleven functions, looked up as a renderer looks them up.
+struct NativeLibrary {
+    decltype(&VelmoraStart) start = nullptr;
+    decltype(&VelmoraNotice) notice = nullptr;
+    decltype(&VelmoraCopyEvent) copyEvent = nullptr;
+    decltype(&VelmoraFree) freeEvent = nullptr;
+    decltype(&VelmoraContentWidth) contentWidth = nullptr;
+    decltype(&VelmoraIsPondVisible) isPondVisible = nullptr;
+    decltype(&VelmoraIsPondInteractive) isPondInteractive = nullptr;
+    decltype(&VelmoraReadPointer) readPointer = nullptr;
+    decltype(&VelmoraReadPointerButtons) readPointerButtons = nullptr;
+    decltype(&VelmoraReadScroll) readScroll = nullptr;
+    decltype(&VelmoraReadNavigation) readNavigation = nullptr;
+
+    explicit NativeLibrary(const char* path)
+    {
+        // Never closed: the library cannot be unloaded while its thread runs.
+        void* handle = ::dlopen(path, RTLD_NOW | RTLD_LOCAL);
+        if (handle == nullptr)
+            throw std::runtime_error(std::string("dlopen: ") + ::dlerror()); // NOLINT(concurrency-mt-unsafe): before any thread
+        lookUp(handle, "VelmoraStart", start);
+        lookUp(handle, "VelmoraNotice", notice);
+        lookUp(handle, "VelmoraCopyEvent", copyEvent);
+        lookUp(handle, "VelmoraFree", freeEvent);
+        lookUp(handle, "VelmoraContentWidth", contentWidth);
+        lookUp(handle, "VelmoraIsPondVisible", isPondVisible);
+        lookUp(handle, "VelmoraIsPondInteractive", isPondInteractive);
+        lookUp(handle, "VelmoraReadPointer", readPointer);
+        lookUp(handle, "VelmoraReadPointerButtons", readPointerButtons);
+        lookUp(handle, "VelmoraReadScroll", readScroll);
+        lookUp(handle, "VelmoraReadNavigation", readNavigation);
+    }
+
+    // The next event as text, released at once; "null" when there is none.
+    [[nodiscard]] std::string takeEvent() const
+    {
+        char* event = copyEvent();
+        if (event == nullptr)
+            return "null";
+        std::string text(event);
+        freeEvent(event);
+        return text;
+    }
+
+private:
+    template <typename Function>
+    static void lookUp(void* handle, const char* name, Function& function)
+    {
+        void* symbol = ::dlsym(handle, name);
+        if (symbol == nullptr)
+            throw std::runtime_error(std::string("dlsym: ") + name);
+        static_assert(sizeof(function) == sizeof(symbol));
+        std::memcpy(&function, &symbol, sizeof(function));
+    }
+};
+
+// Every reader's answer at one moment. The out-parameters start as values no
+// reader gives, so that one left unwritten shows.
+struct Reading {
+    float pointerX = -7;
+    float pointerY = -7;
+    std::int32_t down = -7;
+    std::int32_t held = -7;
+    std::int32_t up = -7;
+    float scrollX = -7;
+    float scrollY = -7;
+    float navigationX = -7;
+    float navigationY = -7;
+    float width = -7;
+    std::int32_t visible = -7;
+    std::int32_t interactive = -7;
+
+    static Reading of(const NativeLibrary& library)
+    {
+        Reading reading;
+        library.readPointer(&reading.pointerX, &reading.pointerY);
+        library.readPointerButtons(&reading.down, &reading.held, &reading.up);
+        library.readScroll(&reading.scrollX, &reading.scrollY);
+        library.readNavigation(&reading.navigationX, &reading.navigationY);
+        reading.width = library.contentWidth();
+        reading.visible = library.isPondVisible();
+        reading.interactive = library.isPondInteractive();
+        return reading;
+    }
+
+    void print(const std::string& prefix) const
+    {
+        std::cout << prefix << "pointer " << pointerX << ' ' << pointerY << '\n'
+                  << prefix << "buttons " << down << ' ' << held << ' ' << up << '\n'
+                  << prefix << "scroll " << scrollX << ' ' << scrollY << '\n'
+                  << prefix << "navigation " << navigationX << ' ' << navigationY << '\n'
+                  << prefix << "width " << width << '\n'
+                  << prefix << "visible " << visible << '\n'
+                  << prefix << "interactive " << interactive << '\n';
+    }
+};
+
+// Every function once without the out-parameters, which must not crash.
+void callWithNullPointers(const NativeLibrary& library)
+{
+    library.readPointer(nullptr, nullptr);
+    library.readPointerButtons(nullptr, nullptr, nullptr);
+    library.readScroll(nullptr, nullptr);
+    library.readNavigation(nullptr, nullptr);
+    library.freeEvent(nullptr);
+}
+
+template <typename Body>
+void onAnotherThread(Body body)
+{
+    std::thread thread(body);
+    thread.join();
+}
+
+// Threads until the process ends: a second library would bring more.
+std::string threadCount()
+{
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.starts_with("Threads:"))
+            return line.substr(line.find_first_not_of(" \t", 8));
+    }
+    return "unknown";
+}
+
+int run(const NativeLibrary& library, const std::string& scenario, const std::vector<std::string>& arguments)
+{
+    if (scenario == "defaults") {
+        library.notice("smoking");
+        library.notice(nullptr);
+        callWithNullPointers(library);
+        std::cout << "event " << library.takeEvent() << '\n';
+        Reading::of(library).print("");
+        onAnotherThread([&] { Reading::of(library).print("background."); });
+    } else if (scenario == "start") {
+        library.start();
+        std::cout << "returned yes\n";
+    } else if (scenario == "start-twice") {
+        library.start();
+        std::cout << "first " << library.takeEvent() << '\n'
+                  << "threadsAfterFirst " << threadCount() << '\n';
+        library.start();
+        std::cout << "second " << library.takeEvent() << '\n'
+                  << "threadsAfterSecond " << threadCount() << '\n';
+    } else if (scenario == "notice") {
+        // notice <topic>...: each topic in turn, then every event there is.
+        library.start();
+        std::cout << "initial " << library.takeEvent() << '\n';
+        for (const std::string& topic : arguments)
+            library.notice(topic == "(null)" ? nullptr : topic.c_str());
+        callWithNullPointers(library);
+        std::cout << "event " << library.takeEvent() << '\n'
+                  << "next " << library.takeEvent() << '\n';
+    } else if (scenario == "threads") {
+        // threads <topic>: the same questions from two threads, and events
+        // crossing between them.
+        library.start();
+        std::cout << "initial " << library.takeEvent() << '\n';
+        Reading::of(library).print("main.");
+        onAnotherThread([&] { Reading::of(library).print("background."); });
+        onAnotherThread([&] { library.notice(arguments.at(0).c_str()); });
+        std::cout << "copiedOnMain " << library.takeEvent() << '\n';
+        library.notice(arguments.at(0).c_str());
+        onAnotherThread([&] { std::cout << "copiedInBackground " << library.takeEvent() << '\n'; });
+    } else if (scenario == "stress") {
+        // stress <threads> <milliseconds> <topic>...: every function from
+        // every thread at once; prints how many noticings were made.
+        const int threads = std::stoi(arguments.at(0));
+        const auto duration = std::chrono::milliseconds(std::stoi(arguments.at(1)));
+        const std::vector<std::string> topics(arguments.begin() + 2, arguments.end());
+        std::atomic<long> noticings{0};
+        std::atomic<bool> go{false};
+        std::vector<std::thread> workers;
+        workers.reserve(static_cast<std::size_t>(threads));
+        for (int index = 0; index < threads; ++index) {
+            workers.emplace_back([&, index] {
+                while (!go)
+                    std::this_thread::yield();
+                const auto end = std::chrono::steady_clock::now() + duration;
+                for (std::size_t round = 0; std::chrono::steady_clock::now() < end; ++round) {
+                    if (round % 64 == 0)
+                        library.start();
+                    library.notice(topics[(round + static_cast<std::size_t>(index)) % topics.size()].c_str());
+                    ++noticings;
+                    (void)Reading::of(library);
+                    (void)library.takeEvent();
+                }
+            });
+        }
+        go = true;
+        library.start();
+        for (std::thread& worker : workers)
+            worker.join();
+        std::cout << "noticings " << noticings << '\n';
+    } else if (scenario == "exit-while-polling") {
+        // exit-while-polling <topic>: a thread polls and notices without
+        // pause while the program returns from main past a timer tick, as a
+        // renderer that does not stop its render thread does.
+        library.start();
+        // A copy: main's own goes away while the thread runs on.
+        std::thread([library, topic = arguments.at(0)] {
+            for (;;) {
+                library.notice(topic.c_str());
+                (void)Reading::of(library);
+                (void)library.takeEvent();
+            }
+        }).detach();
+        std::this_thread::sleep_for(std::chrono::milliseconds(1200));
+        std::cout << "exiting yes\n";
+    } else {
+        std::cerr << "unknown scenario " << scenario << '\n';
+        return 2;
+    }
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc < 3) {
+        std::cerr << "usage: VelmoraExportsDriver <library> <scenario> [arguments...]\n";
+        return 2;
+    }
+    try {
+        const NativeLibrary library(argv[1]);
+        const int status = run(library, argv[2], std::vector<std::string>(argv + 3, argv + argc));
+        std::cout.flush();
+        return status;
+    } catch (const std::exception& error) {
+        std::cerr << "driver: " << error.what() << '\n';
+        return 3;
+    }
+}

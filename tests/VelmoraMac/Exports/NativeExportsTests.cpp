@@ -1,0 +1,128 @@
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "ExportsFixture.h"
+
+namespace velmora {
+namespace {
+
+using test::DriverProcess;
+
+class NativeExportsTest : public test::ExportsFixture {
+};
+
+// What every reader gives when nothing is shown: the answers without a host,
+// and with a host that has no pond window.
+void expectNothingShown(const DriverProcess::Result& result, const std::string& prefix)
+{
+    const std::vector<std::pair<std::string, std::string>> expected = {
+        {"pointer", "0 0"},
+        {"buttons", "0 0 0"},
+        {"scroll", "0 0"},
+        {"navigation", "0 0"},
+        {"width", "780"},
+        {"visible", "0"},
+        {"interactive", "0"},
+    };
+    for (const auto& [key, value] : expected)
+        EXPECT_EQ(result.value(prefix + key), value) << prefix << key;
+}
+
+TEST_F(NativeExportsTest, Exports_WithoutHost_AnswerDefaultsOnEveryThreadAndNoticeNothing)
+{
+    seed(onboardedState());
+    const std::string before = test::fileBytes(stateFile());
+
+    const DriverProcess::Result result = drive("defaults");
+
+    ASSERT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(result.value("event"), "null");
+    expectNothingShown(result, "");
+    expectNothingShown(result, "background.");
+    EXPECT_EQ(test::fileBytes(stateFile()), before);
+}
+
+TEST_F(NativeExportsTest, Start_CalledTwice_BuildsOneHost)
+{
+    seed(onboardedState());
+
+    const DriverProcess::Result result = drive("start-twice");
+
+    ASSERT_EQ(result.status, 0) << result.errors;
+    // The host's load publishes the state once; a second host would load
+    // and publish again, and bring threads of its own.
+    EXPECT_EQ(momentsInEvent(result.value("first").value_or("{}"), "smoking"), seededSmokingMoments);
+    EXPECT_EQ(result.value("second"), "null");
+    EXPECT_EQ(result.value("threadsAfterSecond"), result.value("threadsAfterFirst"));
+}
+
+TEST_F(NativeExportsTest, Start_WithoutSavedState_ShowsNoPondUntilOnboarded)
+{
+    const DriverProcess::Result result = drive("notice", {"smoking"});
+
+    ASSERT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(result.value("initial"), "null");
+    EXPECT_EQ(result.value("event"), "null");
+    EXPECT_FALSE(std::filesystem::exists(stateFile()));
+}
+
+TEST_F(NativeExportsTest, Notice_TwiceBeforeOneRead_GivesOnlyTheLaterEnvelope)
+{
+    seed(onboardedState());
+
+    const DriverProcess::Result result = drive("notice", {"smoking", "smoking"});
+
+    ASSERT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(momentsInEvent(result.value("initial").value_or("{}"), "smoking"), seededSmokingMoments);
+    EXPECT_EQ(momentsInEvent(result.value("event").value_or("{}"), "smoking"), seededSmokingMoments + 2);
+    EXPECT_EQ(result.value("next"), "null");
+    EXPECT_EQ(momentsInFile("smoking"), seededSmokingMoments + 2);
+}
+
+TEST_F(NativeExportsTest, Calls_FromAnotherThread_AnswerAsOnTheFirstThread)
+{
+    seed(onboardedState());
+
+    const DriverProcess::Result result = drive("threads", {"phone"});
+
+    ASSERT_EQ(result.status, 0) << result.errors;
+    expectNothingShown(result, "main.");
+    EXPECT_EQ(result.linesStartingWith("background."), result.linesStartingWith("main."));
+    EXPECT_EQ(momentsInEvent(result.value("copiedOnMain").value_or("{}"), "phone"), 1);
+    EXPECT_EQ(momentsInEvent(result.value("copiedInBackground").value_or("{}"), "phone"), 2);
+}
+
+// Whatever a renderer passes as a topic ID, the library carries on; IDs that
+// name no selected topic change nothing, and the next good one counts.
+TEST_F(NativeExportsTest, Notice_WithBadTopicIDs_ChangesNothingAndKeepsWorking)
+{
+    seed(onboardedState());
+    const std::vector<std::string> badIDs = {
+        "(null)", // the driver passes a null pointer for this
+        "",
+        "\xff\xfe\xfd",
+        "smok\xc3",
+        "smoking\xed\xa0\x80",
+        "not-a-topic",
+        "alcohol", // a topic, but not a selected one
+        "Smoking",
+        std::string(100000, 'x'),
+    };
+    std::vector<std::string> arguments = badIDs;
+    arguments.emplace_back("smoking");
+
+    const DriverProcess::Result result = drive("notice", arguments);
+
+    ASSERT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(momentsInEvent(result.value("event").value_or("{}"), "smoking"), seededSmokingMoments + 1);
+    const PracticeState saved = PracticeState::fromJSON(test::fileBytes(stateFile()));
+    EXPECT_EQ(saved.lotuses.size(), 1U);
+    EXPECT_EQ(saved.selected, onboardedState().selected);
+    EXPECT_EQ(momentsInFile("smoking"), seededSmokingMoments + 1);
+}
+
+} // namespace
+} // namespace velmora

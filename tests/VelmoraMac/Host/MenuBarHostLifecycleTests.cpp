@@ -1,0 +1,417 @@
+#include <chrono>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "HostFixture.h"
+#include "VelmoraMac/Host/PondChromeView.h"
+#include "VelmoraMac/Panel/PanelImage.h"
+#include "VelmoraMac/Platform/Headless/HeadlessPowerAssertionRegistry.h"
+
+namespace velmora {
+namespace {
+
+using namespace std::chrono_literals;
+using test::HostFixture;
+
+class MenuBarHostLifecycleTest : public HostFixture { };
+
+TEST_F(MenuBarHostLifecycleTest, Construction_InstallsItemCallbacksObserversAndMonitors)
+{
+    storeOnboarded();
+    MenuBarHost& host = start();
+
+    HeadlessStatusItem& item = statusItem();
+    EXPECT_EQ(item.length(), 28);
+    const HeadlessStatusButton& button = *item.headlessButton();
+    const auto& icons = model().catalog().uiIcons();
+    EXPECT_EQ(button.imagePNG(), PanelImage::fromBase64(icons.at("lotus")).png());
+    EXPECT_FALSE(button.imagePNG().empty());
+    EXPECT_EQ(button.imageSize(), Size(22, 22));
+    EXPECT_EQ(button.toolTip(), "Velmora");
+    EXPECT_EQ(button.accessibilityLabel(), "Velmora");
+    EXPECT_EQ(button.actionMask(), 0x14U);
+
+    EXPECT_EQ(application().activationPolicy(), ActivationPolicy::regular);
+    EXPECT_TRUE(application().hasLaunchHandler());
+    for (const SystemNotification notification : {
+             SystemNotification::applicationDidResignActive, SystemNotification::windowWillMiniaturize,
+             SystemNotification::windowDidDeminiaturize, SystemNotification::windowDidResize,
+             SystemNotification::windowWillEnterFullScreen, SystemNotification::windowWillExitFullScreen,
+             SystemNotification::windowDidEnterFullScreen, SystemNotification::windowDidExitFullScreen,
+             SystemNotification::windowDidResignKey, SystemNotification::applicationDidChangeScreenParameters,
+             SystemNotification::workspaceWillSleep, SystemNotification::workspaceScreensDidSleep,
+             SystemNotification::workspaceDidWake, SystemNotification::systemTimeZoneDidChange}) {
+        EXPECT_EQ(notifications().observerCount(notification), 1U) << static_cast<int>(notification);
+    }
+    EXPECT_EQ(m_platform->eventMonitors().monitorCount(), 3U);
+    EXPECT_EQ(m_platform->powerAssertions().queryCount(), 1);
+
+    // Loaded, so the snapshot is waiting for the renderer.
+    EXPECT_TRUE(model().state().get().onboarded);
+    EXPECT_EQ(host.events().size(), 1U);
+    EXPECT_FALSE(host.visible());
+    EXPECT_FALSE(host.pond());
+}
+
+TEST_F(MenuBarHostLifecycleTest, Construction_WithoutButtonOrIcon_DegradesQuietly)
+{
+    m_platform->statusBar().withholdButtons();
+    m_platform->eventMonitors().refuse(0x66);
+    storeOnboarded();
+    addRendererWindow();
+    MenuBarHost& host = start();
+
+    EXPECT_EQ(statusItem().button(), nullptr);
+    EXPECT_EQ(m_platform->eventMonitors().monitorCount(), 2U);
+    EXPECT_TRUE(host.visible());
+}
+
+TEST_F(MenuBarHostLifecycleTest, Start_WithRendererWindow_ShowsWhatTheStateCallsFor)
+{
+    struct StartCase {
+        const char* name;
+        std::optional<PracticeState> stored;
+        const char* storedBytes;
+        bool pondShown;
+        bool panelShown;
+    };
+    PracticeState hintPending = onboardedState();
+    hintPending.hintSeen = false;
+    const StartCase cases[] = {
+        {"fresh install", std::nullopt, nullptr, false, true},
+        {"onboarded", onboardedState(), nullptr, true, false},
+        // The one-time hint is a panel page shown over the pond.
+        {"hint not seen", hintPending, nullptr, true, true},
+        {"unreadable file", std::nullopt, "{not json", false, true},
+    };
+    for (const StartCase& c : cases) {
+        SCOPED_TRACE(c.name);
+        std::filesystem::remove_all(m_folder.path() / "app.velmora.mac");
+        if (c.stored)
+            store(*c.stored);
+        if (c.storedBytes != nullptr) {
+            std::filesystem::create_directories(stateFile().parent_path());
+            test::writeFileBytes(stateFile(), c.storedBytes);
+        }
+        m_host.reset();
+        m_platform = HeadlessShellPlatform::create(m_mainThread, m_system);
+        const auto window = addRendererWindow();
+        MenuBarHost& host = start();
+
+        ASSERT_EQ(host.pond().get(), window.get());
+        EXPECT_EQ(window->attributes().title, "Velmora");
+        EXPECT_EQ(window->attributes().collectionBehavior, WindowAttributes::fullScreenPrimary);
+        EXPECT_FALSE(window->attributes().releasedWhenClosed);
+        EXPECT_TRUE(window->hasButtonAction(WindowButton::close));
+        EXPECT_EQ(window->isVisible(), c.pondShown);
+        EXPECT_EQ(host.visible(), c.pondShown);
+        EXPECT_EQ(panel() != nullptr && panel()->isVisible(), c.panelShown);
+        EXPECT_EQ(host.interactive(), c.pondShown && !c.panelShown);
+        ASSERT_TRUE(host.chrome());
+        EXPECT_EQ(host.chrome()->isHidden(), c.panelShown);
+    }
+}
+
+TEST_F(MenuBarHostLifecycleTest, Start_AdoptsOnlyARendererWindowWithContent)
+{
+    storeOnboarded();
+    const auto bare = windows().addWindowWithoutContent(test::rendererFrame);
+    start();
+    EXPECT_FALSE(host().pond());
+
+    // The panel is ours, never the pond.
+    host().settings();
+    advance(1s);
+    EXPECT_FALSE(host().pond());
+
+    const auto window = addRendererWindow();
+    advance(1s);
+    EXPECT_EQ(host().pond().get(), window.get());
+}
+
+TEST_F(MenuBarHostLifecycleTest, WindowAppearingAfterStart_IsAdoptedByTheNextTickAndShown)
+{
+    storeOnboarded();
+    start();
+    advance(2500ms);
+    EXPECT_FALSE(host().pond());
+    EXPECT_FALSE(host().visible());
+
+    const auto window = addRendererWindow();
+    advance(400ms);
+    EXPECT_FALSE(host().pond());
+    advance(100ms);
+    EXPECT_EQ(host().pond().get(), window.get());
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_TRUE(window->isKeyWindow());
+    EXPECT_TRUE(host().interactive());
+    EXPECT_EQ(window->frame(), Rect(330, 117.5, 780, 640));
+}
+
+TEST_F(MenuBarHostLifecycleTest, LoginLaunch_StaysHiddenUntilReopened)
+{
+    storeOnboarded();
+    const auto window = addRendererWindow();
+    application().setCurrentLaunchEvent(LaunchEvent{"oapp", "lgit"});
+    start();
+    application().setCurrentLaunchEvent(std::nullopt);
+
+    EXPECT_TRUE(host().launchedAtLogin());
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_FALSE(host().visible());
+
+    application().deliverLaunchEvent(LaunchEvent{"rapp", std::nullopt});
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_TRUE(host().visible());
+}
+
+TEST_F(MenuBarHostLifecycleTest, LaunchEvents_OpenUnlessMarkedAsLogin)
+{
+    struct LaunchCase {
+        LaunchEvent event;
+        bool shown;
+    };
+    const LaunchCase cases[] = {
+        {{"oapp", std::nullopt}, true},
+        {{"oapp", "lgit"}, false},
+        {{"oapp", "other"}, true},
+        {{"rapp", "lgit"}, true},
+    };
+    storeOnboarded();
+    const auto window = addRendererWindow();
+    start();
+    for (const LaunchCase& c : cases) {
+        SCOPED_TRACE(c.event.eventID + " " + c.event.propertyData.value_or("-"));
+        host().hide();
+        application().deliverLaunchEvent(c.event);
+        EXPECT_EQ(host().visible(), c.shown);
+        EXPECT_EQ(window->isVisible(), c.shown);
+    }
+    EXPECT_TRUE(host().launchedAtLogin());
+}
+
+TEST_F(MenuBarHostLifecycleTest, LaunchAtLogin_WithTheWindowComingLater_KeepsItHidden)
+{
+    storeOnboarded();
+    start();
+    application().deliverLaunchEvent(LaunchEvent{"oapp", "lgit"});
+    const auto window = addRendererWindow();
+    advance(1s);
+    EXPECT_EQ(host().pond().get(), window.get());
+    EXPECT_FALSE(window->isVisible());
+}
+
+TEST_F(MenuBarHostLifecycleTest, LeftClick_TogglesBetweenHiddenAndShown)
+{
+    storeOnboarded();
+    const auto window = addRendererWindow();
+    start();
+    ASSERT_TRUE(host().visible());
+
+    statusItem().click(InputEventType::leftMouseUp);
+    EXPECT_FALSE(host().visible());
+    EXPECT_FALSE(window->isVisible());
+
+    takeEvent();
+    statusItem().click(InputEventType::leftMouseUp);
+    EXPECT_TRUE(host().visible());
+    EXPECT_TRUE(window->isKeyWindow());
+    // Opening refreshes: a fresh snapshot for the renderer.
+    EXPECT_TRUE(takeEvent());
+}
+
+TEST_F(MenuBarHostLifecycleTest, LeftClick_WhileNotOnboarded_TogglesThePanel)
+{
+    addRendererWindow();
+    start();
+    ASSERT_TRUE(panel() && panel()->isVisible());
+
+    statusItem().click(InputEventType::leftMouseUp);
+    EXPECT_FALSE(panel()->isVisible());
+    statusItem().click(InputEventType::leftMouseUp);
+    EXPECT_TRUE(panel()->isVisible());
+    EXPECT_FALSE(host().visible());
+}
+
+TEST_F(MenuBarHostLifecycleTest, RightClick_PopsUpTheMenuAndLeavesLeftClicksToToggle)
+{
+    storeOnboarded();
+    addRendererWindow();
+    start();
+
+    statusItem().click(InputEventType::rightMouseUp);
+    ASSERT_EQ(statusItem().poppedMenus().size(), 1U);
+    const Menu& menu = statusItem().poppedMenus()[0];
+    ASSERT_EQ(menu.items.size(), 3U);
+    EXPECT_EQ(menu.items[0].title, "Settings");
+    EXPECT_EQ(menu.items[0].keyEquivalent, ",");
+    EXPECT_TRUE(menu.items[1].separator);
+    EXPECT_EQ(menu.items[2].title, "Quit Velmora");
+    EXPECT_EQ(menu.items[2].keyEquivalent, "q");
+    EXPECT_FALSE(statusItem().menu());
+    EXPECT_TRUE(host().visible());
+
+    statusItem().click(InputEventType::leftMouseUp);
+    EXPECT_EQ(statusItem().poppedMenus().size(), 1U);
+    EXPECT_FALSE(host().visible());
+}
+
+TEST_F(MenuBarHostLifecycleTest, MenuItems_OpenSettingsAndQuit)
+{
+    storeOnboarded();
+    addRendererWindow();
+    start();
+    statusItem().setMenuTracker([](const Menu& menu) { menu.items[0].action(); });
+    statusItem().click(InputEventType::rightMouseUp);
+    EXPECT_EQ(model().page().get(), "settings");
+    ASSERT_TRUE(panel());
+    EXPECT_TRUE(panel()->isVisible());
+    EXPECT_TRUE(panel()->isKeyWindow());
+
+    statusItem().setMenuTracker([](const Menu& menu) { menu.items[2].action(); });
+    statusItem().click(InputEventType::rightMouseUp);
+    EXPECT_EQ(application().terminations(), 1);
+}
+
+TEST_F(MenuBarHostLifecycleTest, Settings_BeforeOnboarding_OpensTheWelcomePage)
+{
+    start();
+    model().setPage("language");
+    host().settings();
+    EXPECT_EQ(model().page().get(), "welcome");
+    EXPECT_TRUE(panel()->isVisible());
+}
+
+TEST_F(MenuBarHostLifecycleTest, ClickedReminder_Opens)
+{
+    storeOnboarded();
+    const auto window = addRendererWindow();
+    application().setCurrentLaunchEvent(LaunchEvent{"oapp", "lgit"});
+    start();
+    ASSERT_FALSE(window->isVisible());
+    m_reminders->onOpen()();
+    EXPECT_TRUE(window->isVisible());
+}
+
+TEST_F(MenuBarHostLifecycleTest, Tick_RefreshesOnceADayAndLowersAssertionsEverySecond)
+{
+    storeOnboarded();
+    m_system->setNow(test::utc(2025, 3, 14, 21, 59, 58)); // 23:59:58 in Helsinki
+    start();
+    takeEvent();
+    const int queries = m_platform->powerAssertions().queryCount();
+
+    advance(1s);
+    EXPECT_EQ(host().lastDay(), "2025-03-14");
+    EXPECT_TRUE(takeEvent()) << "the first tick always refreshes";
+
+    m_system->advance(1s);
+    advance(1s);
+    EXPECT_FALSE(takeEvent());
+
+    m_system->advance(1s);
+    advance(1s);
+    EXPECT_EQ(host().lastDay(), "2025-03-15");
+    EXPECT_TRUE(takeEvent());
+    EXPECT_EQ(m_platform->powerAssertions().queryCount(), queries + 3);
+}
+
+TEST_F(MenuBarHostLifecycleTest, SystemNotifications_RefreshOrHide)
+{
+    storeOnboarded();
+    const auto window = addRendererWindow();
+    start();
+    takeEvent();
+
+    notifications().post(SystemNotification::systemTimeZoneDidChange);
+    EXPECT_TRUE(takeEvent()) << "a new zone may mean a new day, at once";
+    notifications().post(SystemNotification::workspaceDidWake);
+    EXPECT_TRUE(takeEvent());
+
+    for (const SystemNotification sleep : {SystemNotification::workspaceWillSleep, SystemNotification::workspaceScreensDidSleep}) {
+        host().open();
+        ASSERT_TRUE(window->isVisible());
+        notifications().post(sleep);
+        EXPECT_FALSE(window->isVisible());
+        EXPECT_FALSE(host().visible());
+    }
+}
+
+TEST_F(MenuBarHostLifecycleTest, Snapshots_ReplaceTheQueueAndTheChromeFollowsTheState)
+{
+    storeOnboarded();
+    addRendererWindow();
+    start();
+    ASSERT_TRUE(host().chrome());
+    EXPECT_EQ(host().chrome()->daysText(), "Days of practice: 2");
+    EXPECT_EQ(host().chrome()->gearAccessibilityLabel(), "Settings");
+
+    host().open();
+    host().open();
+    EXPECT_EQ(host().events().size(), 1U);
+    const std::string envelope = host().events().front();
+    EXPECT_NE(envelope.find("\"kind\":\"practice\""), std::string::npos);
+
+    ASSERT_TRUE(model().notice("phone"));
+    EXPECT_EQ(host().chrome()->daysText(), "Days of practice: 3");
+    EXPECT_EQ(host().events().size(), 1U);
+    EXPECT_NE(host().events().front(), envelope);
+
+    ASSERT_TRUE(model().change([](PracticeState state) {
+        state.language = "fr";
+        return state;
+    }));
+    EXPECT_EQ(host().chrome()->gearAccessibilityLabel(), model().text("settings"));
+    EXPECT_NE(host().chrome()->gearAccessibilityLabel(), "Settings");
+}
+
+TEST_F(MenuBarHostLifecycleTest, Gear_OpensSettingsAndOtherClicksReachThePond)
+{
+    storeOnboarded();
+    const auto window = addRendererWindow();
+    start();
+    HeadlessContentView& content = *window->headlessContentView();
+    const Rect bounds = content.bounds();
+    // Window coordinates grow upwards; the gear sits at the top right, the
+    // wordmark at the top left.
+    const Point gear{bounds.width() - 18 - 24, bounds.height() - 32};
+    EXPECT_FALSE(content.click({bounds.width() / 2, bounds.height() / 2}));
+    EXPECT_FALSE(content.click({40, bounds.height() - 30}));
+    EXPECT_FALSE(content.click({bounds.width() / 2, 20}));
+    EXPECT_FALSE(panel() && panel()->isVisible());
+
+    EXPECT_TRUE(content.click(gear));
+    EXPECT_EQ(model().page().get(), "settings");
+    EXPECT_TRUE(panel()->isVisible());
+    EXPECT_TRUE(host().chrome()->isHidden());
+    EXPECT_FALSE(content.click(gear)) << "a hidden chrome takes no clicks";
+}
+
+TEST_F(MenuBarHostLifecycleTest, Current_IsSetOnceForTheProcess)
+{
+    start();
+    EXPECT_FALSE(MenuBarHost::current());
+    MenuBarHost::setCurrent(m_host);
+    EXPECT_EQ(MenuBarHost::current().get(), m_host.get());
+    MenuBarHost::setCurrent(nullptr);
+}
+
+TEST_F(MenuBarHostLifecycleTest, Callbacks_DoNothingOnceTheHostIsGone)
+{
+    storeOnboarded();
+    const auto window = addRendererWindow();
+    start();
+    m_host.reset();
+
+    statusItem().click(InputEventType::leftMouseUp);
+    notifications().post(SystemNotification::workspaceWillSleep);
+    EXPECT_EQ(dispatch(key(InputEventType::keyDown, KeyCode::escape, window.get())), EventDisposition::passOn);
+    application().deliverLaunchEvent(LaunchEvent{"rapp", std::nullopt});
+    ASSERT_TRUE(model().notice("phone"));
+    advance(2s);
+    EXPECT_TRUE(window->isVisible());
+}
+
+} // namespace
+} // namespace velmora

@@ -1,0 +1,362 @@
+#include <gtest/gtest.h>
+
+#include "HostFixture.h"
+#include "VelmoraMac/Host/PondChromeView.h"
+
+namespace velmora {
+namespace {
+
+using test::HostFixture;
+
+constexpr std::uint64_t controlCommand = ModifierFlag::control | ModifierFlag::command;
+constexpr Rect defaultFrame{330, 117.5, 780, 640};
+constexpr Screen secondScreen{Rect(1440, 0, 1920, 1080), Rect(1440, 0, 1920, 1080)};
+
+class MenuBarHostWindowTest : public HostFixture {
+protected:
+    // An onboarded host with the pond shown.
+    void startWithPond()
+    {
+        storeOnboarded();
+        m_window = addRendererWindow();
+        start();
+        ASSERT_TRUE(m_window->isVisible());
+    }
+
+    void enterFullScreen()
+    {
+        host().toggleFullScreen();
+        runPending();
+        ASSERT_TRUE(m_window->isFullScreen());
+    }
+
+    [[nodiscard]] bool joinedWindowed() const
+    {
+        return m_window->parentWindow() == panel() && panel()->childOrdering(*m_window) == WindowOrdering::below;
+    }
+    [[nodiscard]] bool joinedFullScreen() const
+    {
+        return panel()->parentWindow() == m_window.get() && m_window->childOrdering(*panel()) == WindowOrdering::above;
+    }
+
+    std::shared_ptr<HeadlessWindow> m_window;
+};
+
+TEST_F(MenuBarHostWindowTest, Placement_FollowsTheUserAcrossHideAndOpen)
+{
+    startWithPond();
+    EXPECT_EQ(m_window->frame(), defaultFrame);
+
+    m_window->setFrame(Rect(200, 100, 700, 500), FrameDisplay::immediate);
+    m_window->pressButton(WindowButton::close);
+    EXPECT_FALSE(m_window->isVisible());
+    EXPECT_FALSE(host().visible());
+    EXPECT_EQ(host().lastFrame(), Rect(200, 100, 700, 500));
+
+    statusItem().click(InputEventType::leftMouseUp);
+    EXPECT_TRUE(m_window->isVisible());
+    EXPECT_EQ(m_window->frame(), Rect(200, 100, 700, 500));
+}
+
+TEST_F(MenuBarHostWindowTest, Panel_OverThePond_IsJoinedAndEscapeReturnsToThePond)
+{
+    startWithPond();
+    host().settings();
+
+    ASSERT_TRUE(panel());
+    EXPECT_TRUE(panel()->isVisible());
+    EXPECT_TRUE(panel()->isKeyWindow());
+    EXPECT_TRUE(m_window->isVisible());
+    EXPECT_TRUE(joinedWindowed());
+    EXPECT_EQ(panel()->frame(), m_window->frame());
+    EXPECT_EQ(m_window->mouseEvents(), MouseEvents::ignored);
+    EXPECT_TRUE(host().chrome()->isHidden());
+    EXPECT_TRUE(host().visible());
+    EXPECT_FALSE(host().interactive());
+
+    const WindowAttributes attributes = panel()->attributes();
+    EXPECT_EQ(attributes.title, "Velmora");
+    EXPECT_FALSE(attributes.opaque);
+    EXPECT_TRUE(attributes.clearBackground);
+    EXPECT_FALSE(attributes.hidesOnDeactivate);
+    EXPECT_EQ(attributes.collectionBehavior, WindowAttributes::fullScreenAuxiliary);
+    EXPECT_EQ(attributes.styleMask, 15U);
+
+    // Moving the panel carries the pond along.
+    panel()->setFrame(Rect(50, 60, 780, 640), FrameDisplay::immediate);
+    EXPECT_EQ(m_window->frame(), Rect(50, 60, 780, 640));
+
+    EXPECT_EQ(press(KeyCode::escape, panel()), EventDisposition::consume);
+    EXPECT_FALSE(panel()->isVisible());
+    EXPECT_EQ(m_window->parentWindow(), nullptr);
+    EXPECT_EQ(m_window->mouseEvents(), MouseEvents::accepted);
+    EXPECT_FALSE(host().chrome()->isHidden());
+    EXPECT_TRUE(host().interactive());
+    EXPECT_EQ(m_window->frame(), Rect(50, 60, 780, 640));
+}
+
+TEST_F(MenuBarHostWindowTest, Escape_InEachState)
+{
+    startWithPond();
+
+    // Full screen: leaves it.
+    enterFullScreen();
+    EXPECT_EQ(press(KeyCode::escape, m_window.get()), EventDisposition::consume);
+    runPending();
+    EXPECT_FALSE(m_window->isFullScreen());
+    EXPECT_TRUE(m_window->isVisible());
+
+    // Windowed pond: hides.
+    EXPECT_EQ(press(KeyCode::escape, m_window.get()), EventDisposition::consume);
+    EXPECT_FALSE(m_window->isVisible());
+    EXPECT_FALSE(host().visible());
+
+    // Panel alone, not onboarded: the pond is not ready, so the panel stays.
+    ASSERT_TRUE(model().change([](PracticeState state) {
+        state.onboarded = false;
+        return state;
+    }));
+    host().settings();
+    EXPECT_EQ(press(KeyCode::escape, panel()), EventDisposition::consume);
+    EXPECT_TRUE(panel()->isVisible());
+    EXPECT_FALSE(m_window->isVisible());
+}
+
+TEST_F(MenuBarHostWindowTest, ControlCommandF_TogglesFullScreenOnceWhileHeld)
+{
+    startWithPond();
+    m_window->setFrame(Rect(100, 100, 600, 400), FrameDisplay::immediate);
+
+    EXPECT_EQ(press(KeyCode::f, m_window.get(), controlCommand | ModifierFlag::shift), EventDisposition::consume);
+    EXPECT_TRUE(host().fullScreenTransition());
+    EXPECT_FALSE(host().interactive());
+    EXPECT_EQ(press(KeyCode::f, m_window.get(), controlCommand, true), EventDisposition::consume);
+    runPending();
+    EXPECT_FALSE(host().fullScreenTransition());
+    EXPECT_TRUE(m_window->isFullScreen());
+    EXPECT_EQ(m_window->frame(), HeadlessWindowSystem::defaultScreen.frame);
+    EXPECT_TRUE(host().interactive());
+
+    // The repeats of a held shortcut change nothing.
+    EXPECT_EQ(press(KeyCode::f, m_window.get(), controlCommand, true), EventDisposition::consume);
+    runPending();
+    EXPECT_TRUE(m_window->isFullScreen());
+
+    // Without Control it is an ordinary key.
+    EXPECT_EQ(press(KeyCode::f, m_window.get(), ModifierFlag::command), EventDisposition::passOn);
+
+    EXPECT_EQ(press(KeyCode::f, m_window.get(), controlCommand), EventDisposition::consume);
+    runPending();
+    EXPECT_FALSE(m_window->isFullScreen());
+    EXPECT_EQ(m_window->frame(), Rect(100, 100, 600, 400));
+}
+
+TEST_F(MenuBarHostWindowTest, ControlCommandF_WithThePanelOpen_BringsThePanelBackInFullScreen)
+{
+    startWithPond();
+    host().settings();
+    EXPECT_EQ(press(KeyCode::f, panel(), controlCommand), EventDisposition::consume);
+    EXPECT_FALSE(panel()->isVisible());
+    EXPECT_TRUE(host().restorePanelAfterFullScreen());
+    runPending();
+
+    EXPECT_TRUE(m_window->isFullScreen());
+    EXPECT_FALSE(host().restorePanelAfterFullScreen());
+    EXPECT_TRUE(panel()->isVisible());
+    EXPECT_TRUE(joinedFullScreen());
+    EXPECT_EQ(panel()->frame(), m_window->frame());
+    EXPECT_EQ(m_window->mouseEvents(), MouseEvents::ignored);
+}
+
+TEST_F(MenuBarHostWindowTest, Settings_InFullScreen_ShowsThePanelOverThePondAndEscapeReturns)
+{
+    startWithPond();
+    enterFullScreen();
+    host().settings();
+
+    EXPECT_TRUE(panel()->isVisible());
+    EXPECT_TRUE(joinedFullScreen());
+    EXPECT_EQ(panel()->frame(), m_window->frame());
+    EXPECT_TRUE(m_window->isFullScreen());
+
+    EXPECT_EQ(press(KeyCode::escape, panel()), EventDisposition::consume);
+    EXPECT_FALSE(panel()->isVisible());
+    EXPECT_EQ(panel()->parentWindow(), nullptr);
+    EXPECT_TRUE(m_window->isFullScreen());
+    EXPECT_TRUE(host().interactive());
+}
+
+TEST_F(MenuBarHostWindowTest, Hide_InFullScreen_LeavesFullScreenFirst)
+{
+    startWithPond();
+    const Rect windowed = m_window->frame();
+    enterFullScreen();
+
+    host().hide();
+    EXPECT_TRUE(host().hideAfterFullScreen());
+    EXPECT_TRUE(host().fullScreenTransition());
+    EXPECT_TRUE(m_window->isVisible());
+    // Nothing more happens while the pond is on its way.
+    host().hide();
+    host().toggleFullScreen();
+    runPending();
+
+    EXPECT_FALSE(m_window->isFullScreen());
+    EXPECT_FALSE(m_window->isVisible());
+    EXPECT_FALSE(host().visible());
+    EXPECT_FALSE(host().hideAfterFullScreen());
+
+    host().open();
+    EXPECT_TRUE(m_window->isVisible());
+    EXPECT_FALSE(m_window->isFullScreen());
+    EXPECT_EQ(m_window->frame(), windowed);
+}
+
+TEST_F(MenuBarHostWindowTest, Sleep_InFullScreen_HidesOnceThePondHasLeft)
+{
+    startWithPond();
+    host().settings();
+    enterFullScreen();
+    ASSERT_TRUE(panel()->isVisible());
+
+    notifications().post(SystemNotification::workspaceWillSleep);
+    runPending();
+    EXPECT_FALSE(m_window->isVisible());
+    EXPECT_FALSE(panel()->isVisible());
+    EXPECT_FALSE(host().restorePanelAfterFullScreen());
+}
+
+TEST_F(MenuBarHostWindowTest, Miniaturize_ThePanel_TakesThePondAlongAndBringsBothBack)
+{
+    startWithPond();
+    host().settings();
+    panel()->miniaturize();
+
+    EXPECT_FALSE(panel()->isVisible());
+    EXPECT_FALSE(m_window->isVisible());
+    EXPECT_FALSE(host().visible());
+
+    panel()->deminiaturize();
+    EXPECT_TRUE(panel()->isVisible());
+    EXPECT_TRUE(m_window->isVisible());
+    EXPECT_TRUE(joinedWindowed());
+    EXPECT_TRUE(host().visible());
+}
+
+TEST_F(MenuBarHostWindowTest, Miniaturize_ThePond_StopsInputUntilItComesBack)
+{
+    startWithPond();
+    press(KeyCode::w, m_window.get());
+    ASSERT_EQ(navigation(), Point(0, 1));
+    takeEvent();
+
+    m_window->pressButton(WindowButton::miniaturize);
+    EXPECT_FALSE(host().visible());
+    EXPECT_FALSE(host().interactive());
+    EXPECT_TRUE(host().keyboardState().empty());
+    EXPECT_EQ(host().lastFrame(), m_window->frame());
+
+    m_window->deminiaturize();
+    EXPECT_TRUE(host().visible());
+    EXPECT_TRUE(takeEvent()) << "the pond is refreshed when it comes back";
+
+    // From the Dock through the status item.
+    m_window->miniaturize();
+    host().open();
+    EXPECT_FALSE(m_window->isMiniaturized());
+    EXPECT_TRUE(host().interactive());
+}
+
+TEST_F(MenuBarHostWindowTest, Resize_WhileJoined_KeepsBothFramesEqual)
+{
+    startWithPond();
+    host().settings();
+    panel()->setFrame(Rect(300, 100, 900, 700), FrameDisplay::immediate);
+    EXPECT_EQ(m_window->frame(), Rect(300, 100, 900, 700));
+
+    host().showPond();
+    enterFullScreen();
+    host().settings();
+    m_window->setFrame(Rect(0, 0, 1440, 875), FrameDisplay::immediate);
+    EXPECT_EQ(panel()->frame(), Rect(0, 0, 1440, 875));
+}
+
+TEST_F(MenuBarHostWindowTest, Resize_OfThePondAlone_LeavesTheHiddenPanel)
+{
+    startWithPond();
+    host().settings();
+    host().showPond();
+    const Rect panelFrame = panel()->frame();
+    m_window->setFrame(Rect(10, 10, 500, 400), FrameDisplay::immediate);
+    EXPECT_EQ(panel()->frame(), panelFrame);
+}
+
+TEST_F(MenuBarHostWindowTest, ScreenRemoval_BringsTheFrameOntoTheMainScreen)
+{
+    windows().setScreens({HeadlessWindowSystem::defaultScreen, secondScreen});
+    startWithPond();
+    m_window->setFrame(Rect(1600, 200, 780, 640), FrameDisplay::immediate);
+
+    // Placed on the screen that holds the frame's centre.
+    notifications().post(SystemNotification::applicationDidChangeScreenParameters);
+    EXPECT_EQ(m_window->frame(), Rect(1600, 200, 780, 640));
+
+    windows().setScreens({HeadlessWindowSystem::defaultScreen});
+    EXPECT_EQ(m_window->frame(), Rect(652, 200, 780, 640));
+    EXPECT_EQ(host().lastFrame(), Rect(652, 200, 780, 640));
+}
+
+TEST_F(MenuBarHostWindowTest, TargetFrame_ChoosesTheScreen)
+{
+    struct ScreenCase {
+        const char* name;
+        std::vector<Screen> screens;
+        std::optional<std::size_t> mainIndex;
+        Rect expected;
+    };
+    const ScreenCase cases[] = {
+        {"centre on the second screen", {HeadlessWindowSystem::defaultScreen, secondScreen}, 0, Rect(1600, 200, 780, 640)},
+        {"no main screen: the first", {Screen{Rect(0, 0, 700, 500), Rect(0, 0, 700, 500)}}, std::nullopt, Rect(8, 8, 684, 484)},
+        {"no screen at all: where it was", {}, std::nullopt, Rect(1600, 200, 780, 640)},
+    };
+    startWithPond();
+    for (const ScreenCase& c : cases) {
+        SCOPED_TRACE(c.name);
+        m_window->setFrame(Rect(1600, 200, 780, 640), FrameDisplay::immediate);
+        host().rememberFrame();
+        windows().setScreens(c.screens, c.mainIndex);
+        EXPECT_EQ(host().targetFrame(), c.expected);
+        EXPECT_EQ(m_window->frame(), c.expected);
+    }
+}
+
+TEST_F(MenuBarHostWindowTest, Panel_WithoutRendererWindow_WorksAlone)
+{
+    storeOnboarded();
+    start();
+    host().settings();
+    ASSERT_TRUE(panel());
+    EXPECT_TRUE(panel()->isVisible());
+    EXPECT_EQ(panel()->frame(), defaultFrame);
+    EXPECT_FALSE(panel()->content()) << "no content until the panel's view is attached";
+
+    // The pond is "shown" with no window to show: the panel leaves.
+    host().showPond();
+    EXPECT_TRUE(host().visible());
+    EXPECT_FALSE(panel()->isVisible());
+    EXPECT_FALSE(host().interactive());
+    EXPECT_EQ(host().contentWidth(), std::nullopt);
+}
+
+TEST_F(MenuBarHostWindowTest, PanelContent_IsAttachedWhenGiven)
+{
+    struct Content final : WindowContent { };
+    startWithPond();
+    host().settings();
+    const auto content = std::make_shared<Content>();
+    host().setPanelContentFactory([content] { return content; });
+    EXPECT_EQ(panel()->content(), content);
+}
+
+} // namespace
+} // namespace velmora

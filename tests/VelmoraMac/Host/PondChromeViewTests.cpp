@@ -1,0 +1,117 @@
+#include <filesystem>
+#include <memory>
+
+#include <gtest/gtest.h>
+
+#include "VelmoraMac/Host/PondChromeView.h"
+#include "tests/VelmoraMac/CatalogFixture.h"
+
+namespace velmora {
+namespace {
+
+class PondChromeViewTest : public testing::Test {
+protected:
+    std::shared_ptr<const ContentCatalog> m_catalog = std::make_shared<const ContentCatalog>(std::filesystem::path(VELMORA_CONTENT_RESOURCE));
+    int m_actions = 0;
+    PondChromeView m_chrome{*m_catalog, "Settings", [this] { ++m_actions; }};
+};
+
+TEST_F(PondChromeViewTest, Construction_TakesTheGearFromTheCatalog)
+{
+    EXPECT_FALSE(m_chrome.gearImage().empty());
+    EXPECT_EQ(m_chrome.gearImage(), PanelImage::fromBase64(m_catalog->uiIcons().at("settings")));
+    EXPECT_EQ(m_chrome.gearAccessibilityLabel(), "Settings");
+    EXPECT_EQ(m_chrome.daysText(), "");
+    EXPECT_FALSE(m_chrome.isHidden());
+}
+
+TEST_F(PondChromeViewTest, Construction_WithoutAUsableIcon_KeepsAWorkingGear)
+{
+    for (const char* icon : {static_cast<const char*>(nullptr), "not base64!", "bG90dXM="}) {
+        SCOPED_TRACE(icon == nullptr ? "missing" : icon);
+        nlohmann::json document = test::minimalCatalogDocument();
+        if (icon != nullptr)
+            document["uiIcons"]["settings"] = icon;
+        const ContentCatalog catalog = ContentCatalog::fromJSON(document.dump());
+        int actions = 0;
+        PondChromeView chrome(catalog, "Réglages", [&actions] { ++actions; });
+        chrome.setSize({400, 300});
+        EXPECT_TRUE(chrome.gearImage().empty());
+        EXPECT_EQ(chrome.gearAccessibilityLabel(), "Réglages");
+        chrome.click(chrome.layout().gear.origin);
+        EXPECT_EQ(actions, 1);
+    }
+}
+
+TEST_F(PondChromeViewTest, Layout_KeepsTheMarginsAtEverySize)
+{
+    for (const Size size : {Size{800, 600}, Size{300, 200}, Size{60, 40}, Size{0, 0}}) {
+        SCOPED_TRACE(testing::Message() << size.width << " x " << size.height);
+        m_chrome.setSize(size);
+        const PondChromeView::Layout layout = m_chrome.layout();
+        EXPECT_EQ(layout.gear.size, Size(48, 48));
+        EXPECT_EQ(layout.gear.maxX(), size.width - 18);
+        EXPECT_EQ(layout.gear.midY(), layout.wordmark.midY());
+        EXPECT_EQ(layout.wordmark.origin, Point(26, 16));
+        EXPECT_LE(layout.wordmark.maxX(), std::max(26.0, layout.gear.minX() - 12));
+        EXPECT_EQ(layout.days.minX(), 24);
+        EXPECT_LE(layout.days.maxX(), std::max(24.0, size.width - 24));
+        EXPECT_EQ(layout.days.maxY(), size.height - 18);
+    }
+    m_chrome.setSize({800, 600});
+    EXPECT_EQ(m_chrome.layout().gear, Rect(734, 8, 48, 48));
+    EXPECT_EQ(m_chrome.layout().days, Rect(24, 566, 752, 16));
+}
+
+TEST_F(PondChromeViewTest, Layout_FollowsTheMeasuredTexts)
+{
+    m_chrome.setSize({200, 300});
+    m_chrome.setMeasuredTextSizes({180, 40}, 20);
+    const PondChromeView::Layout layout = m_chrome.layout();
+    EXPECT_EQ(layout.gear, Rect(134, 12, 48, 48));
+    EXPECT_EQ(layout.wordmark, Rect(26, 16, 96, 40));
+    EXPECT_EQ(layout.days, Rect(24, 262, 152, 20));
+}
+
+TEST_F(PondChromeViewTest, HitTest_OnlyTheGearTakesClicks)
+{
+    m_chrome.setSize({800, 600});
+    struct ClickCase {
+        const char* name;
+        Point point;
+        bool taken;
+    };
+    const ClickCase cases[] = {
+        {"gear centre", {758, 32}, true},
+        {"gear top left corner", {734, 8}, true},
+        {"just right of the gear", {782, 32}, false},
+        {"wordmark", {40, 30}, false},
+        {"top shade", {400, 60}, false},
+        {"day line", {400, 575}, false},
+        {"bottom shade", {400, 590}, false},
+    };
+    for (const ClickCase& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(m_chrome.takesClick(c.point), c.taken);
+        const int before = m_actions;
+        m_chrome.click(c.point);
+        EXPECT_EQ(m_actions, before + (c.taken ? 1 : 0));
+    }
+    m_chrome.hide();
+    EXPECT_FALSE(m_chrome.takesClick({758, 32}));
+    m_chrome.show();
+    EXPECT_TRUE(m_chrome.takesClick({758, 32}));
+}
+
+TEST_F(PondChromeViewTest, Shades_DarkenTheTopAndTheBottomEdges)
+{
+    m_chrome.setSize({400, 200});
+    const auto shades = m_chrome.shades();
+    const Color base{14.0 / 255, 36.0 / 255, 34.0 / 255, 1};
+    EXPECT_EQ(shades[0], (PondChromeView::Shade{{0, 0}, {0, 120}, base.withOpacity(0.7), base.withOpacity(0)}));
+    // Drawn second, over the top band between 100 and 120.
+    EXPECT_EQ(shades[1], (PondChromeView::Shade{{0, 100}, {0, 200}, base.withOpacity(0), base.withOpacity(0.4)}));
+}
+
+} // namespace
+} // namespace velmora
