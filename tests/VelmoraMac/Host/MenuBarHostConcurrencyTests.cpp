@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include "VelmoraCore/Point.h"
+#include "VelmoraCore/Rect.h"
 #include "VelmoraMac/Host/MenuBarHost.h"
 #include "VelmoraMac/Platform/Headless/HeadlessEventMonitors.h"
 #include "VelmoraMac/Platform/Headless/HeadlessShellPlatform.h"
@@ -36,6 +38,12 @@ TEST(MenuBarHostConcurrencyTest, ProcessPlatform_HostLivesOnItsOwnMainThread)
         host = MenuBarHost::create(std::move(model), platform);
     });
 
+    // Adoption places the window at its default frame, so the centre is
+    // taken from the content as it is now.
+    const Point centre = platform.mainThread->runSync([&] {
+        const Rect bounds = window->contentView()->bounds();
+        return Point(bounds.width() / 2, bounds.height() / 2);
+    });
     std::vector<std::thread> readers;
     for (int reader = 0; reader < 3; ++reader) {
         readers.emplace_back([&] {
@@ -44,7 +52,7 @@ TEST(MenuBarHostConcurrencyTest, ProcessPlatform_HostLivesOnItsOwnMainThread)
                     InputEvent event;
                     event.type = InputEventType::mouseMoved;
                     event.window = window.get();
-                    event.locationInWindow = {200, 150};
+                    event.locationInWindow = centre;
                     headless->eventMonitors().dispatch(event);
                     (void)host->interactive();
                     host->pointerState().scroll = Point();
