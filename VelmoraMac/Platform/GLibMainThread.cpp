@@ -1,6 +1,7 @@
 #include "GLibMainThread.h"
 
 #include <stdexcept>
+#include <thread>
 #include <utility>
 
 #include "MainThreadStopped.h"
@@ -24,6 +25,32 @@ struct TaskSource {
         std::rethrow_exception(failure);
     } catch (...) {
         std::terminate();
+    }
+}
+
+// How long a caller waits for its answer before it sleeps: about what a
+// task of the host takes, and less than being put to sleep and woken costs.
+constexpr std::chrono::microseconds callerPatience{20};
+
+// Spins until `done` answers true or `patience` has passed.
+template <typename Done>
+bool spinUntil(std::chrono::microseconds patience, const Done& done)
+{
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    for (;;) {
+        // The clock is read only every so often: it costs more than a look.
+        for (int look = 0; look < 64; ++look) {
+            if (done())
+                return true;
+#if defined(__x86_64__) || defined(__i386__)
+            __builtin_ia32_pause();
+#endif
+        }
+        if (std::chrono::steady_clock::now() >= deadline)
+            return done();
+        // Leaves the core to the thread being waited for when both share
+        // it.
+        std::this_thread::yield();
     }
 }
 
@@ -66,12 +93,15 @@ public:
             const std::scoped_lock lock(m_mutex);
             m_failure = std::move(failure);
             m_finished = true;
+            m_finishedFlag.store(true, std::memory_order_release);
         }
         m_changed.notify_all();
     }
 
     void wait()
     {
+        // Most tasks are over before a sleeping caller could be woken.
+        (void)spinUntil(callerPatience, [this] { return m_finishedFlag.load(std::memory_order_acquire); });
         std::exception_ptr failure;
         {
             std::unique_lock lock(m_mutex);
@@ -87,6 +117,8 @@ private:
     std::condition_variable m_changed;
     std::exception_ptr m_failure;
     bool m_finished = false;
+    // m_finished for the spinning caller, which looks without the lock.
+    std::atomic<bool> m_finishedFlag{false};
 };
 
 // What a timer source calls, shared by the source and the handle. The tick
@@ -192,6 +224,7 @@ GLibMainThread::~GLibMainThread()
         const std::scoped_lock lock(m_mutex);
         m_closed = true;
         abandoned.swap(m_queue);
+        m_hasQueuedTasks.store(false, std::memory_order_release);
     }
     for (QueuedTask& queued : abandoned) {
         if (queued.waiter)
@@ -250,6 +283,11 @@ void GLibMainThread::waitForQueuedTask()
     m_queued.wait(lock, [this] { return !m_queue.empty(); });
 }
 
+bool GLibMainThread::awaitTaskBriefly(std::chrono::microseconds patience) const
+{
+    return spinUntil(patience, [this] { return m_hasQueuedTasks.load(std::memory_order_acquire); });
+}
+
 void GLibMainThread::shutDown()
 {
     for (;;) {
@@ -261,6 +299,7 @@ void GLibMainThread::shutDown()
                 return;
             }
             batch.swap(m_queue);
+            m_hasQueuedTasks.store(false, std::memory_order_release);
         }
         for (QueuedTask& queued : batch)
             run(queued);
@@ -296,6 +335,7 @@ void GLibMainThread::enqueue(QueuedTask queued)
         if (m_closed)
             throw MainThreadStopped();
         m_queue.push_back(std::move(queued));
+        m_hasQueuedTasks.store(true, std::memory_order_release);
     }
     m_queued.notify_all();
     g_main_context_wakeup(m_context.get());
@@ -313,6 +353,7 @@ void GLibMainThread::runQueuedTasks()
     {
         const std::scoped_lock lock(m_mutex);
         batch.swap(m_queue);
+        m_hasQueuedTasks.store(false, std::memory_order_release);
     }
     for (QueuedTask& queued : batch)
         run(queued);

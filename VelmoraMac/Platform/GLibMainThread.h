@@ -68,6 +68,11 @@ protected:
     void setMainThread(std::thread::id thread);
     // Blocks until some work is queued.
     void waitForQueuedTask();
+    // Spins until some work is queued or `patience` has passed; true when
+    // work came. Lets a loop that owns its thread serve a burst of calls
+    // (a renderer polls several exports a frame, one after the other)
+    // without sleeping and being woken for each.
+    [[nodiscard]] bool awaitTaskBriefly(std::chrono::microseconds patience) const;
     // Runs the queued work until none is left, then refuses new work. On the
     // main thread, after the context has stopped being iterated.
     void shutDown();
@@ -111,6 +116,9 @@ private:
     mutable std::mutex m_mutex;
     std::condition_variable m_queued;
     std::deque<QueuedTask> m_queue;
+    // Whether m_queue holds work; written under m_mutex, read without it by
+    // awaitTaskBriefly().
+    std::atomic<bool> m_hasQueuedTasks{false};
     bool m_closed = false;
 };
 

@@ -7,7 +7,10 @@
 //
 // Per-call figures are medians and 99th percentiles of individually timed
 // calls, as counters in microseconds: a renderer notices the slow frames,
-// not the mean.
+// not the mean. Calls come back to back, as within a frame's poll, and
+// also after an idle pause, as the first call of a frame comes, when the
+// library's thread has gone to sleep; the hand-over floor is measured both
+// ways too.
 
 #include <algorithm>
 #include <array>
@@ -93,6 +96,25 @@ private:
     std::vector<double> m_nanoseconds;
 };
 
+// Between two frames at 60 Hz both threads have long gone to sleep.
+constexpr std::chrono::milliseconds idlePause{2};
+
+// Each call after an idle pause, which is left out of the timing.
+template <typename Call>
+void timeEachCallAfterIdle(benchmark::State& state, const Call& call)
+{
+    Latencies latencies(1 << 12);
+    for ([[maybe_unused]] auto _ : state) {
+        std::this_thread::sleep_for(idlePause);
+        const Clock::time_point begin = Clock::now();
+        call();
+        const Clock::duration duration = Clock::now() - begin;
+        latencies.add(duration);
+        state.SetIterationTime(std::chrono::duration<double>(duration).count());
+    }
+    latencies.report(state);
+}
+
 template <typename Call>
 void timeEachCall(benchmark::State& state, const Call& call)
 {
@@ -111,6 +133,13 @@ void exportFromAnotherThread(benchmark::State& state)
     timeEachCall(state, [] { benchmark::DoNotOptimize(VelmoraIsPondVisible()); });
 }
 BENCHMARK(exportFromAnotherThread)->Unit(benchmark::kMicrosecond)->UseRealTime();
+
+void exportFromAnotherThreadAfterIdle(benchmark::State& state)
+{
+    startedLibrary();
+    timeEachCallAfterIdle(state, [] { benchmark::DoNotOptimize(VelmoraIsPondVisible()); });
+}
+BENCHMARK(exportFromAnotherThreadAfterIdle)->Unit(benchmark::kMicrosecond)->UseManualTime()->Iterations(1000);
 
 // The floor of any hop: a request handed to a waiting thread and its answer
 // handed back, through one mutex and one condition variable.
@@ -171,6 +200,13 @@ void conditionVariablePingPong(benchmark::State& state)
 }
 BENCHMARK(conditionVariablePingPong)->Unit(benchmark::kMicrosecond)->UseRealTime();
 
+void conditionVariablePingPongAfterIdle(benchmark::State& state)
+{
+    PingPong pingPong;
+    timeEachCallAfterIdle(state, [&pingPong] { pingPong.ping(); });
+}
+BENCHMARK(conditionVariablePingPongAfterIdle)->Unit(benchmark::kMicrosecond)->UseManualTime()->Iterations(1000);
+
 // The loop runs inside one task on the library's main thread, as a renderer
 // drawing on that thread would call.
 void exportOnMainThread(benchmark::State& state)
@@ -182,29 +218,40 @@ void exportOnMainThread(benchmark::State& state)
 }
 BENCHMARK(exportOnMainThread)->Unit(benchmark::kMicrosecond)->UseRealTime();
 
+void pollOneFrame()
+{
+    float x = 0;
+    float y = 0;
+    std::int32_t down = 0;
+    std::int32_t held = 0;
+    std::int32_t up = 0;
+    VelmoraReadPointer(&x, &y);
+    VelmoraReadPointerButtons(&down, &held, &up);
+    VelmoraReadScroll(&x, &y);
+    VelmoraReadNavigation(&x, &y);
+    benchmark::DoNotOptimize(VelmoraContentWidth());
+    benchmark::DoNotOptimize(VelmoraIsPondVisible());
+    benchmark::DoNotOptimize(VelmoraIsPondInteractive());
+    char* event = VelmoraCopyEvent();
+    benchmark::DoNotOptimize(event);
+    VelmoraFree(event);
+    benchmark::DoNotOptimize(x + y + static_cast<float>(down + held + up));
+}
+
 void framePoll(benchmark::State& state)
 {
     startedLibrary();
-    timeEachCall(state, [] {
-        float x = 0;
-        float y = 0;
-        std::int32_t down = 0;
-        std::int32_t held = 0;
-        std::int32_t up = 0;
-        VelmoraReadPointer(&x, &y);
-        VelmoraReadPointerButtons(&down, &held, &up);
-        VelmoraReadScroll(&x, &y);
-        VelmoraReadNavigation(&x, &y);
-        benchmark::DoNotOptimize(VelmoraContentWidth());
-        benchmark::DoNotOptimize(VelmoraIsPondVisible());
-        benchmark::DoNotOptimize(VelmoraIsPondInteractive());
-        char* event = VelmoraCopyEvent();
-        benchmark::DoNotOptimize(event);
-        VelmoraFree(event);
-        benchmark::DoNotOptimize(x + y + static_cast<float>(down + held + up));
-    });
+    timeEachCall(state, pollOneFrame);
 }
 BENCHMARK(framePoll)->Unit(benchmark::kMicrosecond)->UseRealTime();
+
+// As a renderer at 60 Hz polls: every frame begins with the library asleep.
+void framePollAfterIdle(benchmark::State& state)
+{
+    startedLibrary();
+    timeEachCallAfterIdle(state, pollOneFrame);
+}
+BENCHMARK(framePollAfterIdle)->Unit(benchmark::kMicrosecond)->UseManualTime()->Iterations(1000);
 
 // "key value" lines of one probe run in a fresh process.
 std::map<std::string, double> runProbe(const fs::path& dataHome)

@@ -1,5 +1,6 @@
 #include "HeadlessMainThread.h"
 
+#include <chrono>
 #include <memory>
 #include <stdexcept>
 
@@ -11,6 +12,13 @@ GMainContext* newContext()
 {
     return g_main_context_new();
 }
+
+// How long the thread stays awake after its work before it sleeps in the
+// loop again. A renderer's frame is a burst of calls; each one that finds
+// the thread awake is served in about a microsecond instead of the tens a
+// wake-up costs. At 60 frames a second this keeps one core busy well under
+// one per cent of the time.
+constexpr std::chrono::microseconds lingerAfterWork{50};
 
 } // namespace
 
@@ -51,8 +59,10 @@ void HeadlessMainThread::run(std::promise<void>& started)
     setMainThread(std::this_thread::get_id());
     g_main_context_push_thread_default(context());
     started.set_value();
-    while (!m_stopRequested)
+    while (!m_stopRequested) {
         g_main_context_iteration(context(), TRUE);
+        (void)awaitTaskBriefly(lingerAfterWork);
+    }
     shutDown();
     // A later thread may be given this thread's identifier.
     setMainThread(std::thread::id());

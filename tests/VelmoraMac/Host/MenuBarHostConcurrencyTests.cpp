@@ -34,7 +34,7 @@ TEST(MenuBarHostConcurrencyTest, ProcessPlatform_HostLivesOnItsOwnMainThread)
             std::make_shared<const ContentCatalog>(std::filesystem::path(VELMORA_CONTENT_RESOURCE)),
             std::make_unique<PracticeStore>(folder / "practice.json"),
             std::make_shared<LoginLaunchService>(platform.loginItemService),
-            std::make_shared<test::RecordingReminders>(), [] { }, platform.systemEnvironment);
+            std::make_shared<test::RecordingReminders>(), [] {}, platform.systemEnvironment);
         host = MenuBarHost::create(std::move(model), platform);
     });
 
