@@ -6,6 +6,13 @@ namespace velmora {
 // the lower left of the primary screen with y growing upwards; a view's own
 // coordinates follow the view (see Rect and the pointer rules).
 struct Point {
+    constexpr Point() = default;
+    constexpr Point(double xValue, double yValue)
+        : x(xValue)
+        , y(yValue)
+    {
+    }
+
     double x = 0;
     double y = 0;
 

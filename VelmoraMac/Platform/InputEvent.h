@@ -56,11 +56,9 @@ constexpr std::uint16_t upArrow = 126;
 // One input event as the window system reports it to a local event monitor.
 // A plain value with no owned memory, so that the monitors, which see every
 // mouse movement, copy and inspect it without allocating.
+// The wide members come first, so that it packs without holes.
 struct InputEvent {
-    InputEventType type = InputEventType::mouseMoved;
     std::uint64_t modifierFlags = 0;
-    std::uint16_t keyCode = 0;
-    bool isARepeat = false;
     // The window the event belongs to; not owned, null for none.
     Window* window = nullptr;
     // In the window's coordinates: origin at the lower left of its content,
@@ -68,6 +66,9 @@ struct InputEvent {
     Point locationInWindow;
     double scrollingDeltaX = 0;
     double scrollingDeltaY = 0;
+    InputEventType type = InputEventType::mouseMoved;
+    std::uint16_t keyCode = 0;
+    bool isARepeat = false;
     bool hasPreciseScrollingDeltas = false;
 };
 

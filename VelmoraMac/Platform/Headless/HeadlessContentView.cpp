@@ -1,6 +1,6 @@
 #include "HeadlessContentView.h"
 
-#include <ranges>
+#include <cstddef>
 #include <utility>
 
 namespace velmora {
@@ -43,10 +43,12 @@ Point HeadlessContentView::overlayPoint(Point windowPoint) const
 bool HeadlessContentView::click(Point point)
 {
     const Point local = overlayPoint(point);
-    for (const auto& overlay : std::views::reverse(m_overlays)) {
-        if (!overlay->isHidden() && overlay->takesClick(local)) {
+    // The topmost first: the one added last.
+    for (std::size_t index = m_overlays.size(); index-- > 0;) {
+        const OverlayView& overlay = *m_overlays[index];
+        if (!overlay.isHidden() && overlay.takesClick(local)) {
             // Held: the click may remove overlays.
-            const std::shared_ptr<OverlayView> target = overlay;
+            const std::shared_ptr<OverlayView> target = m_overlays[index];
             target->click(local);
             return true;
         }

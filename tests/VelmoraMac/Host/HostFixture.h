@@ -37,6 +37,12 @@ constexpr Rect rendererFrame{100, 100, 800, 600};
 // Nothing is built until start(), so that a test can first prepare the
 // stored state, the renderer's window or the launch request.
 class HostFixture : public testing::Test {
+public:
+    HostFixture(const HostFixture&) = delete;
+    HostFixture& operator=(const HostFixture&) = delete;
+    HostFixture(HostFixture&&) = delete;
+    HostFixture& operator=(HostFixture&&) = delete;
+
 protected:
     HostFixture()
     {
@@ -80,7 +86,7 @@ protected:
         m_model = std::make_shared<PracticeCoordinator>(
             std::move(catalog), std::make_unique<PracticeStore>(stateFile()),
             std::make_shared<LoginLaunchService>(m_platform->platform().loginItemService), m_reminders,
-            [] { }, m_system);
+            [] {}, m_system);
         m_host = MenuBarHost::create(m_model, m_platform->platform());
         return *m_host;
     }

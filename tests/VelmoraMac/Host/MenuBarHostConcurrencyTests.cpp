@@ -42,9 +42,10 @@ TEST(MenuBarHostConcurrencyTest, ProcessPlatform_HostLivesOnItsOwnMainThread)
     // taken from the content as it is now.
     const Point centre = platform.mainThread->runSync([&] {
         const Rect bounds = window->contentView()->bounds();
-        return Point(bounds.width() / 2, bounds.height() / 2);
+        return Point{bounds.width() / 2, bounds.height() / 2};
     });
     std::vector<std::thread> readers;
+    readers.reserve(3);
     for (int reader = 0; reader < 3; ++reader) {
         readers.emplace_back([&] {
             for (int round = 0; round < 200; ++round) {
@@ -64,7 +65,7 @@ TEST(MenuBarHostConcurrencyTest, ProcessPlatform_HostLivesOnItsOwnMainThread)
         reader.join();
 
     const Point pointer = platform.mainThread->runSync([&] { return host->eventPointer(); });
-    EXPECT_EQ(pointer, Point(0.5, 0.5));
+    EXPECT_EQ(pointer, (Point{0.5, 0.5}));
     platform.mainThread->runSync([&] {
         host.reset();
         window.reset();

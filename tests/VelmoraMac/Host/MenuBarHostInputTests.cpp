@@ -69,8 +69,8 @@ TEST_F(MenuBarHostInputTest, Buttons_PressOutsideTheContentIsTheWindows)
 TEST_F(MenuBarHostInputTest, Pointer_IsTrackedInThePondOnly_InteractiveOrNot)
 {
     struct PointerCase {
-        const char* name;
-        Window* window;
+        const char* name = nullptr;
+        Window* window = nullptr;
         Point location;
         Point expected;
     };

@@ -70,11 +70,11 @@ TEST_F(MenuBarHostLifecycleTest, Construction_WithoutButtonOrIcon_DegradesQuietl
 TEST_F(MenuBarHostLifecycleTest, Start_WithRendererWindow_ShowsWhatTheStateCallsFor)
 {
     struct StartCase {
-        const char* name;
+        const char* name = nullptr;
         std::optional<PracticeState> stored;
-        const char* storedBytes;
-        bool pondShown;
-        bool panelShown;
+        const char* storedBytes = nullptr;
+        bool pondShown = false;
+        bool panelShown = false;
     };
     PracticeState hintPending = onboardedState();
     hintPending.hintSeen = false;
@@ -170,7 +170,7 @@ TEST_F(MenuBarHostLifecycleTest, LaunchEvents_OpenUnlessMarkedAsLogin)
 {
     struct LaunchCase {
         LaunchEvent event;
-        bool shown;
+        bool shown = false;
     };
     const LaunchCase cases[] = {
         {{"oapp", std::nullopt}, true},

@@ -77,9 +77,9 @@ TEST_F(PondChromeViewTest, HitTest_OnlyTheGearTakesClicks)
 {
     m_chrome.setSize({800, 600});
     struct ClickCase {
-        const char* name;
+        const char* name = nullptr;
         Point point;
-        bool taken;
+        bool taken = false;
     };
     const ClickCase cases[] = {
         {"gear centre", {758, 32}, true},
