@@ -7,6 +7,7 @@
 #include "VelmoraCore/PracticeState.h"
 #include "VelmoraCore/WindowPlacement.h"
 #include "VelmoraMac/EventEnvelope.h"
+#include "VelmoraMac/Panel/PanelContent.h"
 #include "VelmoraMac/Panel/PanelImage.h"
 #include "VelmoraMac/Platform/Menu.h"
 #include "VelmoraMac/Services/DisplaySleepPolicy.h"
@@ -187,13 +188,6 @@ void MenuBarHost::installMonitors()
     monitor(keyMask, &MenuBarHost::handleKeyEvent);
     monitor(pointerMask, &MenuBarHost::handlePointerEvent);
     monitor(scrollMask, &MenuBarHost::handleScrollEvent);
-}
-
-void MenuBarHost::setPanelContentFactory(PanelContentFactory factory)
-{
-    m_panelContentFactory = std::move(factory);
-    if (m_panel && m_panelContentFactory)
-        m_panel->setContent(m_panelContentFactory());
 }
 
 // MARK: - Predicates
@@ -507,8 +501,8 @@ void MenuBarHost::createPanel()
     if (!m_panel)
         return;
     installWindowControls(*m_panel);
-    if (m_panelContentFactory)
-        m_panel->setContent(m_panelContentFactory());
+    PanelServices services{m_platform.urlOpener, m_platform.loginItemService, m_platform.systemEnvironment};
+    m_panel->setContent(std::make_shared<PanelContent>(m_model, std::move(services), *m_platform.systemNotifications));
 }
 
 void MenuBarHost::rememberFrame()
@@ -555,7 +549,7 @@ Rect MenuBarHost::targetFrame() const
             return *m_lastFrame;
         if (m_pond)
             return m_pond->frame();
-        return Rect(0, 0, WindowPlacement::defaultWidth, WindowPlacement::defaultHeight);
+        return {0, 0, WindowPlacement::defaultWidth, WindowPlacement::defaultHeight};
     }
     return m_lastFrame ? WindowPlacement::constrained(*m_lastFrame, screen->visibleFrame) : WindowPlacement::frame(screen->visibleFrame);
 }

@@ -111,12 +111,6 @@ public:
     // The close button's action: closing only hides.
     void closeWindow();
 
-    // What the settings panel shows. The panel works without it (an empty
-    // panel); a panel that exists takes the content at once, one made later
-    // when it is made.
-    using PanelContentFactory = std::function<std::shared_ptr<WindowContent>()>;
-    void setPanelContentFactory(PanelContentFactory factory);
-
     // The three local event monitors' bodies.
     EventDisposition handleKeyEvent(const InputEvent& event);
     EventDisposition handlePointerEvent(const InputEvent& event);
@@ -161,8 +155,6 @@ private:
     void windowDidResignKey(Window* window);
 
     ShellPlatform m_platform;
-
-    PanelContentFactory m_panelContentFactory;
 
     std::shared_ptr<PracticeCoordinator> m_model;
     std::shared_ptr<StatusItem> m_status;

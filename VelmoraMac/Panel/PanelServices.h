@@ -2,9 +2,9 @@
 
 #include <memory>
 
-#include "UrlOpener.h"
 #include "VelmoraMac/Platform/LoginItemService.h"
 #include "VelmoraMac/Platform/SystemEnvironment.h"
+#include "VelmoraMac/Platform/UrlOpener.h"
 
 namespace velmora {
 

@@ -13,6 +13,7 @@
 #include "StatusBar.h"
 #include "SystemEnvironment.h"
 #include "SystemNotifications.h"
+#include "UrlOpener.h"
 #include "WindowSystem.h"
 
 namespace velmora {
@@ -33,6 +34,7 @@ struct ShellPlatform {
     std::shared_ptr<StatusBar> statusBar;
     std::shared_ptr<EventMonitors> eventMonitors;
     std::shared_ptr<SystemNotifications> systemNotifications;
+    std::shared_ptr<UrlOpener> urlOpener;
 };
 
 } // namespace velmora

@@ -8,6 +8,7 @@ namespace velmora {
 // concern one window, which the observer is given; the others concern the
 // application or the machine.
 enum class SystemNotification : std::uint8_t {
+    applicationDidBecomeActive,
     applicationDidResignActive,
     windowWillMiniaturize,
     windowDidDeminiaturize,

@@ -14,8 +14,10 @@ HeadlessApplication::HeadlessApplication(std::shared_ptr<HeadlessSystemNotificat
 
 void HeadlessApplication::activate()
 {
-    m_active = true;
     ++m_activations;
+    if (std::exchange(m_active, true))
+        return;
+    m_notifications->post(SystemNotification::applicationDidBecomeActive);
 }
 
 void HeadlessApplication::setLaunchHandler(LaunchHandler handler)

@@ -49,7 +49,7 @@ public:
     // with none.
     void setCurrentLaunchEvent(std::optional<LaunchEvent> event) { m_currentLaunchEvent = std::move(event); }
     // The user switches to another application: reported when it was
-    // active.
+    // active. The user coming back is activate(), reported when it was not.
     void resignActive();
 
     [[nodiscard]] int activations() const { return m_activations; }

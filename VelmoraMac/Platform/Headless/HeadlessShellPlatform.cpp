@@ -14,6 +14,7 @@
 #include "HeadlessPowerAssertionRegistry.h"
 #include "HeadlessStatusBar.h"
 #include "HeadlessSystemNotifications.h"
+#include "HeadlessUrlOpener.h"
 #include "HeadlessWindowSystem.h"
 #include "ProcessDiagnosticLog.h"
 #include "ProcessSystemEnvironment.h"
@@ -40,6 +41,7 @@ HeadlessShellPlatform::HeadlessShellPlatform(std::shared_ptr<MainThread> mainThr
     , m_notificationSettingsOpener(std::make_shared<HeadlessNotificationSettingsOpener>())
     , m_loginItemService(std::make_shared<HeadlessLoginItemService>())
     , m_powerAssertions(std::make_shared<HeadlessPowerAssertionRegistry>())
+    , m_urlOpener(std::make_shared<HeadlessUrlOpener>())
 {
     m_application = std::make_shared<HeadlessApplication>(m_systemNotifications, static_cast<std::int32_t>(::getpid()));
     m_windowSystem = std::make_shared<HeadlessWindowSystem>(mainThread, m_systemNotifications);
@@ -58,6 +60,7 @@ HeadlessShellPlatform::HeadlessShellPlatform(std::shared_ptr<MainThread> mainThr
     m_platform.statusBar = m_statusBar;
     m_platform.eventMonitors = m_eventMonitors;
     m_platform.systemNotifications = m_systemNotifications;
+    m_platform.urlOpener = m_urlOpener;
 }
 
 HeadlessShellPlatform::~HeadlessShellPlatform() = default;

@@ -15,6 +15,7 @@ class HeadlessNotificationSettingsOpener;
 class HeadlessPowerAssertionRegistry;
 class HeadlessStatusBar;
 class HeadlessSystemNotifications;
+class HeadlessUrlOpener;
 class HeadlessWindowSystem;
 
 // A complete platform without a desktop: every service in memory, wired to
@@ -49,6 +50,7 @@ public:
     [[nodiscard]] HeadlessNotificationSettingsOpener& notificationSettingsOpener() const { return *m_notificationSettingsOpener; }
     [[nodiscard]] HeadlessLoginItemService& loginItemService() const { return *m_loginItemService; }
     [[nodiscard]] HeadlessPowerAssertionRegistry& powerAssertions() const { return *m_powerAssertions; }
+    [[nodiscard]] HeadlessUrlOpener& urlOpener() const { return *m_urlOpener; }
     // The log of a platform made for a test; null for a process's, which
     // writes to standard error.
     [[nodiscard]] HeadlessDiagnosticLog* recordedLog() const { return m_recordedLog.get(); }
@@ -66,6 +68,7 @@ private:
     std::shared_ptr<HeadlessNotificationSettingsOpener> m_notificationSettingsOpener;
     std::shared_ptr<HeadlessLoginItemService> m_loginItemService;
     std::shared_ptr<HeadlessPowerAssertionRegistry> m_powerAssertions;
+    std::shared_ptr<HeadlessUrlOpener> m_urlOpener;
     std::shared_ptr<HeadlessDiagnosticLog> m_recordedLog;
 };
 

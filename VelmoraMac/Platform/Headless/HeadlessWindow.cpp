@@ -18,6 +18,12 @@ HeadlessWindow::HeadlessWindow(std::weak_ptr<HeadlessWindowSystem> system, Kind 
 {
 }
 
+void HeadlessWindow::setContent(std::shared_ptr<WindowContent> content)
+{
+    m_content = std::move(content);
+    appearedIfShown(false);
+}
+
 void HeadlessWindow::setAttributes(const WindowAttributes& attributes)
 {
     m_attributes = attributes;
@@ -79,10 +85,12 @@ void HeadlessWindow::deminiaturize()
 {
     if (!m_miniaturized)
         return;
+    const bool wasVisible = isVisible();
     m_miniaturized = false;
     m_ordered = true;
     if (const auto system = m_system.lock())
         system->bringToFront(this);
+    appearedIfShown(wasVisible);
     post(SystemNotification::windowDidDeminiaturize);
 }
 
@@ -96,10 +104,12 @@ void HeadlessWindow::orderOut()
 
 void HeadlessWindow::orderFront()
 {
+    const bool wasVisible = isVisible();
     m_ordered = true;
     if (const auto system = m_system.lock())
         system->bringToFront(this);
     orderChildren(true);
+    appearedIfShown(wasVisible);
 }
 
 void HeadlessWindow::makeKeyAndOrderFront()
@@ -160,8 +170,11 @@ void HeadlessWindow::addChildWindow(Window& child, WindowOrdering ordering)
     headless->m_parent = this;
     m_children.emplace_back(headless, ordering);
     // A window system shows a child with its parent.
-    if (m_ordered)
+    if (m_ordered) {
+        const bool wasVisible = headless->isVisible();
         headless->m_ordered = true;
+        headless->appearedIfShown(wasVisible);
+    }
 }
 
 void HeadlessWindow::removeChildWindow(Window& child)
@@ -209,6 +222,15 @@ void HeadlessWindow::post(SystemNotification notification)
         system->m_notifications->post(notification, this);
 }
 
+void HeadlessWindow::appearedIfShown(bool wasVisible) const
+{
+    if (!wasVisible && isVisible() && m_content) {
+        // Held: the content may replace itself.
+        const std::shared_ptr<WindowContent> content = m_content;
+        content->didAppear();
+    }
+}
+
 void HeadlessWindow::moveChildren(Point offset)
 {
     for (const auto& [child, ordering] : m_children) {
@@ -220,7 +242,9 @@ void HeadlessWindow::moveChildren(Point offset)
 void HeadlessWindow::orderChildren(bool ordered)
 {
     for (const auto& [child, ordering] : m_children) {
+        const bool wasVisible = child->isVisible();
         child->m_ordered = ordered;
+        child->appearedIfShown(wasVisible);
         if (!ordered) {
             if (const auto system = m_system.lock())
                 system->resignKey(child);

@@ -35,7 +35,7 @@ public:
 
     [[nodiscard]] bool isPanel() const override { return m_kind == Kind::panel; }
     [[nodiscard]] ContentView* contentView() override { return m_contentView.get(); }
-    void setContent(std::shared_ptr<WindowContent> content) override { m_content = std::move(content); }
+    void setContent(std::shared_ptr<WindowContent> content) override;
     [[nodiscard]] WindowAttributes attributes() const override { return m_attributes; }
     void setAttributes(const WindowAttributes& attributes) override;
     [[nodiscard]] std::uint64_t styleMask() const override;
@@ -76,6 +76,8 @@ private:
     friend class HeadlessWindowSystem;
 
     void post(SystemNotification notification);
+    // Tells the content when the window has just come on screen.
+    void appearedIfShown(bool wasVisible) const;
     void moveChildren(Point offset);
     void orderChildren(bool ordered);
     void finishFullScreen(bool entering);

@@ -338,7 +338,6 @@ TEST_F(MenuBarHostWindowTest, Panel_WithoutRendererWindow_WorksAlone)
     ASSERT_TRUE(panel());
     EXPECT_TRUE(panel()->isVisible());
     EXPECT_EQ(panel()->frame(), defaultFrame);
-    EXPECT_FALSE(panel()->content()) << "no content until the panel's view is attached";
 
     // The pond is "shown" with no window to show: the panel leaves.
     host().showPond();
@@ -346,16 +345,6 @@ TEST_F(MenuBarHostWindowTest, Panel_WithoutRendererWindow_WorksAlone)
     EXPECT_FALSE(panel()->isVisible());
     EXPECT_FALSE(host().interactive());
     EXPECT_EQ(host().contentWidth(), std::nullopt);
-}
-
-TEST_F(MenuBarHostWindowTest, PanelContent_IsAttachedWhenGiven)
-{
-    struct Content final : WindowContent { };
-    startWithPond();
-    host().settings();
-    const auto content = std::make_shared<Content>();
-    host().setPanelContentFactory([content] { return content; });
-    EXPECT_EQ(panel()->content(), content);
 }
 
 } // namespace

@@ -11,10 +11,10 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include "VelmoraMac/Panel/HeadlessUrlOpener.h"
 #include "VelmoraMac/Panel/PracticeView.h"
 #include "VelmoraMac/Platform/Headless/HeadlessLoginItemService.h"
 #include "VelmoraMac/Platform/Headless/HeadlessSystemEnvironment.h"
+#include "VelmoraMac/Platform/Headless/HeadlessUrlOpener.h"
 #include "VelmoraMac/PracticeCoordinator.h"
 #include "tests/VelmoraCore/CoreTestSupport.h"
 #include "tests/VelmoraCore/TemporaryFolder.h"

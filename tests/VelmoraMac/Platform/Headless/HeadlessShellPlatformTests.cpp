@@ -60,16 +60,22 @@ TEST_F(HeadlessShellPlatformTest, LaunchEvents_AreCurrentWhileHandled)
     EXPECT_EQ(application.currentLaunchEvent(), std::nullopt);
 }
 
-TEST_F(HeadlessShellPlatformTest, Application_ReportsResigningOnlyWhenActive)
+TEST_F(HeadlessShellPlatformTest, Application_ReportsBecomingAndResigningActiveOnlyOnAChange)
 {
     HeadlessApplication& application = m_headless->application();
+    int became = 0;
     int resigned = 0;
-    const auto token = m_headless->systemNotifications().addObserver(SystemNotification::applicationDidResignActive, [&resigned](Window* /*window*/) { ++resigned; });
+    const auto becameToken = m_headless->systemNotifications().addObserver(SystemNotification::applicationDidBecomeActive, [&became](Window* /*window*/) { ++became; });
+    const auto resignedToken = m_headless->systemNotifications().addObserver(SystemNotification::applicationDidResignActive, [&resigned](Window* /*window*/) { ++resigned; });
     application.resignActive();
     application.activate();
+    application.activate();
     EXPECT_TRUE(application.isActive());
+    EXPECT_EQ(application.activations(), 2);
     application.resignActive();
     application.resignActive();
+    application.activate();
+    EXPECT_EQ(became, 2);
     EXPECT_EQ(resigned, 1);
 
     application.runModalAlert("Oops", "Details", "OK");

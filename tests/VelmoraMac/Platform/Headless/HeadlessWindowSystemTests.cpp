@@ -4,8 +4,10 @@
 #include <gtest/gtest.h>
 
 #include "VelmoraMac/Platform/Headless/HeadlessSystemNotifications.h"
+#include "VelmoraMac/Platform/Headless/HeadlessWindow.h"
 #include "VelmoraMac/Platform/Headless/HeadlessWindowSystem.h"
 #include "VelmoraMac/Platform/Headless/ManualMainThread.h"
+#include "VelmoraMac/Platform/WindowContent.h"
 
 namespace velmora {
 namespace {
@@ -191,6 +193,41 @@ TEST_F(HeadlessWindowSystemTest, ContentView_ConvertsWindowPointsAndRoutesClicks
     EXPECT_EQ(overlay->clicks, (std::vector<Point>{{5, 5}}));
     standard->setFrame(Rect(0, 0, 300, 150), FrameDisplay::immediate);
     EXPECT_EQ(overlay->size, Size(300, 150));
+}
+
+// Content learns each time its window comes on screen, however it came.
+TEST_F(HeadlessWindowSystemTest, Content_IsToldEachTimeTheWindowComesOnScreen)
+{
+    struct Content final : WindowContent {
+        void didAppear() override { ++appearances; }
+        int appearances = 0;
+    };
+    const auto parent = m_system->createPanel(Rect(0, 0, 200, 100), WindowAttributes());
+    const auto window = m_system->createPanel(Rect(0, 0, 200, 100), WindowAttributes());
+    const auto content = std::make_shared<Content>();
+    window->setContent(content);
+    EXPECT_EQ(content->appearances, 0) << "given while off screen";
+
+    window->makeKeyAndOrderFront();
+    window->orderFront();
+    EXPECT_EQ(content->appearances, 1) << "already on screen the second time";
+
+    auto& headless = dynamic_cast<HeadlessWindow&>(*window);
+    headless.miniaturize();
+    window->deminiaturize();
+    EXPECT_EQ(content->appearances, 2);
+
+    window->orderOut();
+    parent->orderFront();
+    parent->addChildWindow(*window, WindowOrdering::above);
+    EXPECT_EQ(content->appearances, 3) << "a child shows with its parent";
+    parent->orderOut();
+    parent->orderFront();
+    EXPECT_EQ(content->appearances, 4);
+
+    const auto replacement = std::make_shared<Content>();
+    window->setContent(replacement);
+    EXPECT_EQ(replacement->appearances, 1) << "given while on screen";
 }
 
 } // namespace

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "UrlOpener.h"
+#include "VelmoraMac/Platform/UrlOpener.h"
 
 namespace velmora {
 
