@@ -1,0 +1,137 @@
+#include "XdgAutostartLoginItemService.h"
+
+#include <cstdlib>
+#include <system_error>
+#include <utility>
+
+#include <glib.h>
+
+#include "AutostartEntry.h"
+#include "LoginLaunchMarker.h"
+#include "VelmoraCore/DurableFile.h"
+#include "VelmoraMac/Platform/LoginItemError.h"
+
+namespace velmora {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string_view environmentVariable(const char* name)
+{
+    // Nothing in the library changes the environment.
+    const char* value = std::getenv(name); // NOLINT(concurrency-mt-unsafe)
+    return value == nullptr ? std::string_view() : std::string_view(value);
+}
+
+bool launchThroughGLib(const std::vector<std::string>& command)
+{
+    std::vector<gchar*> argv;
+    argv.reserve(command.size() + 1);
+    for (const std::string& argument : command)
+        argv.push_back(const_cast<gchar*>(argument.c_str())); // NOLINT(cppcoreguidelines-pro-type-const-cast): GLib only reads it
+    argv.push_back(nullptr);
+    GError* error = nullptr;
+    const auto flags = static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL | G_SPAWN_STDERR_TO_DEV_NULL);
+    if (g_spawn_async(nullptr, argv.data(), nullptr, flags, nullptr, nullptr, nullptr, &error) == FALSE) {
+        g_error_free(error);
+        return false;
+    }
+    return true;
+}
+
+bool names(std::string_view desktops, std::string_view wanted)
+{
+    while (!desktops.empty()) {
+        const std::size_t colon = desktops.find(':');
+        if (desktops.substr(0, colon) == wanted)
+            return true;
+        desktops = colon == std::string_view::npos ? std::string_view() : desktops.substr(colon + 1);
+    }
+    return false;
+}
+
+} // namespace
+
+XdgAutostartLoginItemService::XdgAutostartLoginItemService(fs::path entry, std::vector<std::string> command, std::vector<std::string> settingsCommand, CommandLauncher launcher)
+    : m_entry(std::move(entry))
+    , m_command(std::move(command))
+    , m_settingsCommand(std::move(settingsCommand))
+    , m_launcher(std::move(launcher))
+{
+}
+
+std::shared_ptr<XdgAutostartLoginItemService> XdgAutostartLoginItemService::forThisProcess()
+{
+    const std::optional<fs::path> configHome = configHomeFrom(environmentVariable("XDG_CONFIG_HOME"), environmentVariable("HOME"));
+    if (!configHome)
+        return nullptr;
+    const std::string executable = LoginLaunchMarker::processExecutable();
+    std::vector<std::string> command;
+    if (!executable.empty())
+        command = LoginLaunchMarker::loginCommand(executable, LoginLaunchMarker::processArguments());
+    return std::make_shared<XdgAutostartLoginItemService>(*configHome / "autostart" / entryName, std::move(command), settingsCommandFor(environmentVariable("XDG_CURRENT_DESKTOP")), &launchThroughGLib);
+}
+
+std::optional<fs::path> XdgAutostartLoginItemService::configHomeFrom(std::string_view xdgConfigHome, std::string_view home)
+{
+    const fs::path given(xdgConfigHome);
+    if (given.is_absolute())
+        return given;
+    const fs::path homeFolder(home);
+    if (homeFolder.is_absolute())
+        return homeFolder / ".config";
+    return std::nullopt;
+}
+
+std::vector<std::string> XdgAutostartLoginItemService::settingsCommandFor(std::string_view currentDesktop)
+{
+    if (names(currentDesktop, "KDE"))
+        return {"systemsettings", "kcm_autostart"};
+    if (names(currentDesktop, "XFCE"))
+        return {"xfce4-session-settings"};
+    return {};
+}
+
+LoginItemStatus XdgAutostartLoginItemService::status() const
+{
+    std::string text;
+    try {
+        text = DurableFile::read(m_entry);
+    } catch (const fs::filesystem_error&) {
+        // Missing or unreadable: a session could not start it either.
+        return LoginItemStatus::notRegistered;
+    }
+    return AutostartEntry::launches(text) ? LoginItemStatus::enabled : LoginItemStatus::notRegistered;
+}
+
+void XdgAutostartLoginItemService::registerLoginItem()
+{
+    if (m_command.empty())
+        throw LoginItemError("the program to start at login is unknown");
+    try {
+        DurableFile::createFolders(m_entry.parent_path());
+        DurableFile::write(m_entry, AutostartEntry::render(m_command));
+    } catch (const fs::filesystem_error& error) {
+        throw LoginItemError(error.what());
+    }
+}
+
+void XdgAutostartLoginItemService::unregisterLoginItem()
+{
+    std::error_code error;
+    fs::remove(m_entry, error);
+    if (error)
+        throw LoginItemError(fs::filesystem_error("remove the autostart entry", m_entry, error).what());
+}
+
+void XdgAutostartLoginItemService::openLoginItemsSettings()
+{
+    if (m_settingsCommand.empty() || !m_launcher)
+        return;
+    // A desktop without its settings program installed has nothing to
+    // show; the panel's approval text still tells the user what to do.
+    (void)m_launcher(m_settingsCommand);
+}
+
+} // namespace velmora

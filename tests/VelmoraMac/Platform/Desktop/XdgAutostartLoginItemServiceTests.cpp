@@ -1,0 +1,156 @@
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "VelmoraCore/DurableFile.h"
+#include "VelmoraMac/Platform/Desktop/LoginLaunchMarker.h"
+#include "VelmoraMac/Platform/Desktop/XdgAutostartLoginItemService.h"
+#include "VelmoraMac/Platform/LoginItemError.h"
+#include "tests/VelmoraCore/TemporaryFolder.h"
+
+namespace velmora {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::vector<std::string> pondCommand()
+{
+    return {"/opt/pond/pond", "--fps=60", std::string(LoginLaunchMarker::argument)};
+}
+
+class XdgAutostartLoginItemServiceTest : public testing::Test {
+protected:
+    [[nodiscard]] fs::path entry() const { return m_folder / "config" / "autostart" / XdgAutostartLoginItemService::entryName; }
+
+    [[nodiscard]] XdgAutostartLoginItemService service(std::vector<std::string> command = pondCommand(), std::vector<std::string> settings = {"systemsettings", "kcm_autostart"})
+    {
+        return {entry(), std::move(command), std::move(settings), [this](const std::vector<std::string>& launched) {
+                    m_launched.push_back(launched);
+                    return false;
+                }};
+    }
+
+    test::TemporaryFolder m_folder;
+    std::vector<std::vector<std::string>> m_launched;
+};
+
+TEST_F(XdgAutostartLoginItemServiceTest, Switching_WritesAndRemovesTheEntryTheSessionStarts)
+{
+    XdgAutostartLoginItemService login = service();
+    EXPECT_EQ(login.status(), LoginItemStatus::notRegistered);
+    EXPECT_NO_THROW(login.unregisterLoginItem()) << "nothing to remove is fine";
+
+    login.registerLoginItem();
+    EXPECT_EQ(login.status(), LoginItemStatus::enabled);
+    const std::string text = DurableFile::read(entry());
+    EXPECT_NE(text.find("Exec=/opt/pond/pond --fps=60 --velmora-login"), std::string::npos) << text;
+    login.registerLoginItem();
+    EXPECT_EQ(login.status(), LoginItemStatus::enabled) << "registering twice changes nothing";
+
+    login.unregisterLoginItem();
+    EXPECT_FALSE(fs::exists(entry()));
+    EXPECT_EQ(login.status(), LoginItemStatus::notRegistered);
+}
+
+TEST_F(XdgAutostartLoginItemServiceTest, Status_FollowsTheDesktopsOwnSwitch)
+{
+    XdgAutostartLoginItemService login = service();
+    login.registerLoginItem();
+    // What a desktop's startup settings write to turn the entry off.
+    std::string text = DurableFile::read(entry());
+    text.replace(text.find("X-GNOME-Autostart-enabled=true"), 30, "X-GNOME-Autostart-enabled=false");
+    DurableFile::write(entry(), text);
+    EXPECT_EQ(login.status(), LoginItemStatus::notRegistered);
+
+    DurableFile::write(entry(), "[Desktop Entry]\nExec=pond\nHidden=true\n");
+    EXPECT_EQ(login.status(), LoginItemStatus::notRegistered);
+    login.registerLoginItem();
+    EXPECT_EQ(login.status(), LoginItemStatus::enabled) << "switching on again rewrites the entry";
+}
+
+TEST_F(XdgAutostartLoginItemServiceTest, Refusals_RaiseLoginItemErrorAndChangeNothing)
+{
+    // A file where the autostart folder belongs.
+    fs::create_directories(entry().parent_path().parent_path());
+    DurableFile::write(entry().parent_path(), "in the way");
+    XdgAutostartLoginItemService login = service();
+    EXPECT_THROW(login.registerLoginItem(), LoginItemError);
+    EXPECT_EQ(login.status(), LoginItemStatus::notRegistered);
+    EXPECT_EQ(DurableFile::read(entry().parent_path()), "in the way");
+
+    XdgAutostartLoginItemService unknownProgram = service({});
+    EXPECT_THROW(unknownProgram.registerLoginItem(), LoginItemError);
+
+    fs::remove(entry().parent_path());
+    fs::create_directories(entry() / "a folder, not an entry");
+    EXPECT_THROW(login.unregisterLoginItem(), LoginItemError);
+}
+
+TEST_F(XdgAutostartLoginItemServiceTest, Settings_OpenTheDesktopsPanelWhereThereIsOne)
+{
+    service().openLoginItemsSettings();
+    service({}, {}).openLoginItemsSettings();
+    EXPECT_EQ(m_launched, (std::vector<std::vector<std::string>>{{"systemsettings", "kcm_autostart"}}));
+
+    struct DesktopCase {
+        const char* desktops = nullptr;
+        std::vector<std::string> command;
+    };
+    const DesktopCase cases[] = {
+        {"KDE", {"systemsettings", "kcm_autostart"}},
+        {"ubuntu:KDE", {"systemsettings", "kcm_autostart"}},
+        {"XFCE", {"xfce4-session-settings"}},
+        {"GNOME", {}},
+        {"KDEX", {}},
+        {"", {}},
+    };
+    for (const DesktopCase& desktop : cases) {
+        SCOPED_TRACE(desktop.desktops);
+        EXPECT_EQ(XdgAutostartLoginItemService::settingsCommandFor(desktop.desktops), desktop.command);
+    }
+}
+
+TEST(XdgAutostartLocations, ConfigHome_FollowsTheXdgRules)
+{
+    EXPECT_EQ(XdgAutostartLoginItemService::configHomeFrom("/xdg", "/home/me"), fs::path("/xdg"));
+    EXPECT_EQ(XdgAutostartLoginItemService::configHomeFrom("", "/home/me"), fs::path("/home/me/.config"));
+    EXPECT_EQ(XdgAutostartLoginItemService::configHomeFrom("relative", "/home/me"), fs::path("/home/me/.config"));
+    EXPECT_EQ(XdgAutostartLoginItemService::configHomeFrom("", "relative"), std::nullopt);
+}
+
+TEST(LoginLaunchMarker, LaunchEvent_IsALoginLaunchOnlyWithTheMarkerAfterTheProgram)
+{
+    const std::string marker(LoginLaunchMarker::argument);
+    const LaunchEvent login{LaunchEvent::openApplication, LaunchEvent::launchedAsLoginItem};
+    const LaunchEvent plain{LaunchEvent::openApplication, std::nullopt};
+    EXPECT_EQ(LoginLaunchMarker::launchEvent({"/opt/pond", marker}), login);
+    EXPECT_EQ(LoginLaunchMarker::launchEvent({"/opt/pond", "--fps=60", marker}), login);
+    EXPECT_EQ(LoginLaunchMarker::launchEvent({"/opt/pond"}), plain);
+    EXPECT_EQ(LoginLaunchMarker::launchEvent({marker}), plain) << "a program named like the marker";
+    EXPECT_EQ(LoginLaunchMarker::launchEvent({"/opt/pond", marker + "=1"}), plain);
+    EXPECT_EQ(LoginLaunchMarker::launchEvent({}), plain);
+}
+
+TEST(LoginLaunchMarker, LoginCommand_RelaunchesThisProgramWithOneMarker)
+{
+    const std::string marker(LoginLaunchMarker::argument);
+    EXPECT_EQ(LoginLaunchMarker::loginCommand("/opt/pond", {"pond", "--fps=60"}), (std::vector<std::string>{"/opt/pond", "--fps=60", marker}));
+    EXPECT_EQ(LoginLaunchMarker::loginCommand("/opt/pond", {"pond", marker, "-v"}), (std::vector<std::string>{"/opt/pond", "-v", marker})) << "a login launch switching it on again";
+    EXPECT_EQ(LoginLaunchMarker::loginCommand("/opt/pond", {}), (std::vector<std::string>{"/opt/pond", marker}));
+}
+
+TEST(LoginLaunchMarker, Process_IsReadFromProc)
+{
+    const std::vector<std::string> arguments = LoginLaunchMarker::processArguments();
+    ASSERT_FALSE(arguments.empty());
+    const std::string executable = LoginLaunchMarker::processExecutable();
+    EXPECT_TRUE(fs::path(executable).is_absolute());
+    EXPECT_EQ(fs::path(executable).filename(), fs::path(arguments.front()).filename());
+    EXPECT_EQ(LoginLaunchMarker::launchEvent(arguments).propertyData, std::nullopt);
+}
+
+} // namespace
+} // namespace velmora
