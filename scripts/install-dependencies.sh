@@ -12,6 +12,7 @@ packages="
     libicu-dev
     nlohmann-json3-dev
     libglib2.0-dev
+    libgtk-3-dev
     libgtest-dev
     libgmock-dev
     libbenchmark-dev

@@ -1,0 +1,187 @@
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+#include <gdk/gdk.h>
+#include <gtest/gtest.h>
+
+#include "VelmoraMac/Platform/Desktop/GdkEventTranslator.h"
+
+namespace velmora {
+namespace {
+
+struct EventDeleter {
+    void operator()(GdkEvent* event) const { gdk_event_free(event); }
+};
+using Event = std::unique_ptr<GdkEvent, EventDeleter>;
+
+Event newEvent(GdkEventType type)
+{
+    return Event(gdk_event_new(type));
+}
+
+// Stands for a window whose content starts at (100, 50) on the screen and
+// is 600 points high.
+Window* const pond = reinterpret_cast<Window*>(0x1000); // NOLINT(performance-no-int-to-ptr): compared, never used
+GdkEventTranslator translator()
+{
+    return GdkEventTranslator([](GdkWindow* /*window*/) { return GdkEventTranslator::Target{pond, {100, 50}, 600}; });
+}
+
+Event key(GdkEventType type, std::uint16_t hardware, guint keyval = GDK_KEY_a, unsigned state = 0)
+{
+    Event event = newEvent(type);
+    event->key.hardware_keycode = hardware;
+    event->key.keyval = keyval;
+    event->key.state = state;
+    return event;
+}
+
+TEST(GdkEventTranslator, Keys_GoByTheirPlaceWhateverTheLayoutPrintsOnThem)
+{
+    struct KeyCase {
+        std::uint16_t hardware = 0;
+        std::uint16_t expected = 0;
+    };
+    const KeyCase cases[] = {
+        {25, KeyCode::w},
+        {38, KeyCode::a},
+        {39, KeyCode::s},
+        {40, KeyCode::d},
+        {41, KeyCode::f},
+        {9, KeyCode::escape},
+        {113, KeyCode::leftArrow},
+        {114, KeyCode::rightArrow},
+        {116, KeyCode::downArrow},
+        {111, KeyCode::upArrow},
+        // Space and the first key of the main row: outside the table, and
+        // never mistaken for A (0) or S (1).
+        {65, GdkEventTranslator::otherKeyOffset + 65},
+        {10, GdkEventTranslator::otherKeyOffset + 10},
+    };
+    GdkEventTranslator translate = translator();
+    for (const KeyCase& entry : cases) {
+        SCOPED_TRACE(entry.hardware);
+        // An AZERTY "z" on the W key is still the W key.
+        const std::optional<InputEvent> down = translate.translate(*key(GDK_KEY_PRESS, entry.hardware, GDK_KEY_z));
+        ASSERT_TRUE(down);
+        EXPECT_EQ(down->type, InputEventType::keyDown);
+        EXPECT_EQ(down->keyCode, entry.expected);
+        EXPECT_EQ(down->window, pond);
+        const std::optional<InputEvent> up = translate.translate(*key(GDK_KEY_RELEASE, entry.hardware));
+        ASSERT_TRUE(up);
+        EXPECT_EQ(up->type, InputEventType::keyUp);
+    }
+}
+
+TEST(GdkEventTranslator, Keys_PressedAgainWhileHeldAreRepeats)
+{
+    GdkEventTranslator translate = translator();
+    EXPECT_FALSE(translate.translate(*key(GDK_KEY_PRESS, 41))->isARepeat);
+    EXPECT_TRUE(translate.translate(*key(GDK_KEY_PRESS, 41))->isARepeat);
+    EXPECT_FALSE(translate.translate(*key(GDK_KEY_PRESS, 25))->isARepeat) << "another key";
+    EXPECT_FALSE(translate.translate(*key(GDK_KEY_RELEASE, 41))->isARepeat);
+    EXPECT_FALSE(translate.translate(*key(GDK_KEY_PRESS, 41))->isARepeat);
+}
+
+TEST(GdkEventTranslator, Modifiers_MapToTheDesignsBits)
+{
+    using Flags = std::uint64_t;
+    EXPECT_EQ(GdkEventTranslator::modifierFlags(0), Flags{0});
+    EXPECT_EQ(GdkEventTranslator::modifierFlags(GDK_CONTROL_MASK | GDK_SUPER_MASK), ModifierFlag::control | ModifierFlag::command);
+    EXPECT_EQ(GdkEventTranslator::modifierFlags(GDK_MOD4_MASK), ModifierFlag::command) << "Super as X11 reports it";
+    EXPECT_EQ(GdkEventTranslator::modifierFlags(GDK_MOD1_MASK), ModifierFlag::option);
+    EXPECT_EQ(GdkEventTranslator::modifierFlags(GDK_SHIFT_MASK | GDK_LOCK_MASK), ModifierFlag::shift | ModifierFlag::capsLock);
+    EXPECT_EQ(GdkEventTranslator::modifierFlags(GDK_BUTTON1_MASK | GDK_MOD2_MASK), Flags{0}) << "buttons and Num Lock are no modifiers here";
+
+    // Control+Super+F, the full-screen shortcut.
+    GdkEventTranslator translate = translator();
+    const std::optional<InputEvent> shortcut = translate.translate(*key(GDK_KEY_PRESS, 41, GDK_KEY_f, GDK_CONTROL_MASK | GDK_SUPER_MASK));
+    EXPECT_EQ(shortcut->keyCode, KeyCode::f);
+    EXPECT_EQ(shortcut->modifierFlags, ModifierFlag::control | ModifierFlag::command);
+}
+
+TEST(GdkEventTranslator, ModifierKeys_ReportTheModifiersAsTheyAreAfterThem)
+{
+    GdkEventTranslator translate = translator();
+    const std::optional<InputEvent> control = translate.translate(*key(GDK_KEY_PRESS, 37, GDK_KEY_Control_L, GDK_SHIFT_MASK));
+    EXPECT_EQ(control->type, InputEventType::flagsChanged);
+    EXPECT_EQ(control->modifierFlags, ModifierFlag::shift | ModifierFlag::control);
+    const std::optional<InputEvent> super = translate.translate(*key(GDK_KEY_PRESS, 133, GDK_KEY_Super_L));
+    EXPECT_EQ(super->modifierFlags, ModifierFlag::command);
+    const std::optional<InputEvent> released = translate.translate(*key(GDK_KEY_RELEASE, 37, GDK_KEY_Control_L, GDK_CONTROL_MASK | GDK_SUPER_MASK));
+    EXPECT_EQ(released->type, InputEventType::flagsChanged);
+    EXPECT_EQ(released->modifierFlags, ModifierFlag::command);
+}
+
+TEST(GdkEventTranslator, Pointer_ButtonsAndMotionInContentCoordinatesFromTheBottomLeft)
+{
+    GdkEventTranslator translate = translator();
+    const auto button = [&translate](GdkEventType type, guint number, unsigned state = 0) {
+        Event event = newEvent(type);
+        event->button.button = number;
+        event->button.x_root = 150;
+        event->button.y_root = 80;
+        event->button.state = static_cast<GdkModifierType>(state);
+        return translate.translate(*event);
+    };
+    const std::optional<InputEvent> down = button(GDK_BUTTON_PRESS, 1);
+    ASSERT_TRUE(down);
+    EXPECT_EQ(down->type, InputEventType::leftMouseDown);
+    EXPECT_EQ(down->window, pond);
+    EXPECT_EQ(down->locationInWindow, (Point{50, 570}));
+    EXPECT_EQ(button(GDK_BUTTON_RELEASE, 1)->type, InputEventType::leftMouseUp);
+    EXPECT_EQ(button(GDK_BUTTON_PRESS, 3)->type, InputEventType::rightMouseDown);
+    EXPECT_EQ(button(GDK_BUTTON_RELEASE, 3)->type, InputEventType::rightMouseUp);
+    EXPECT_FALSE(button(GDK_BUTTON_PRESS, 2)) << "the middle button";
+    EXPECT_FALSE(button(GDK_2BUTTON_PRESS, 1)) << "each click of a double click comes on its own";
+
+    const auto motion = [&translate](unsigned state) {
+        Event event = newEvent(GDK_MOTION_NOTIFY);
+        event->motion.x_root = 100;
+        event->motion.y_root = 650;
+        event->motion.state = static_cast<GdkModifierType>(state);
+        return translate.translate(*event);
+    };
+    EXPECT_EQ(motion(0)->type, InputEventType::mouseMoved);
+    EXPECT_EQ(motion(0)->locationInWindow, (Point{0, 0})) << "the bottom left corner";
+    EXPECT_EQ(motion(GDK_BUTTON1_MASK)->type, InputEventType::leftMouseDragged);
+    EXPECT_FALSE(translate.translate(*newEvent(GDK_FOCUS_CHANGE)));
+}
+
+TEST(GdkEventTranslator, Scroll_StepsAreLinesSmoothDeltasArePreciseAndUpIsPositive)
+{
+    GdkEventTranslator translate = translator();
+    struct ScrollCase {
+        double deltaX = 0;
+        double deltaY = 0;
+        Point expected;
+        GdkScrollDirection direction = GDK_SCROLL_UP;
+        bool precise = false;
+    };
+    const ScrollCase cases[] = {
+        {0, 0, {0, 1}, GDK_SCROLL_UP, false},
+        {0, 0, {0, -1}, GDK_SCROLL_DOWN, false},
+        {0, 0, {1, 0}, GDK_SCROLL_LEFT, false},
+        {0, 0, {-1, 0}, GDK_SCROLL_RIGHT, false},
+        {0.5, -3.5, {-0.5, 3.5}, GDK_SCROLL_SMOOTH, true},
+    };
+    for (const ScrollCase& entry : cases) {
+        SCOPED_TRACE(entry.direction);
+        Event event = newEvent(GDK_SCROLL);
+        event->scroll.direction = entry.direction;
+        event->scroll.delta_x = entry.deltaX;
+        event->scroll.delta_y = entry.deltaY;
+        event->scroll.x_root = 400;
+        event->scroll.y_root = 350;
+        const std::optional<InputEvent> scroll = translate.translate(*event);
+        ASSERT_TRUE(scroll);
+        EXPECT_EQ(scroll->type, InputEventType::scrollWheel);
+        EXPECT_EQ((Point{scroll->scrollingDeltaX, scroll->scrollingDeltaY}), entry.expected);
+        EXPECT_EQ(scroll->hasPreciseScrollingDeltas, entry.precise);
+        EXPECT_EQ(scroll->locationInWindow, (Point{300, 300}));
+    }
+}
+
+} // namespace
+} // namespace velmora
