@@ -13,6 +13,7 @@ packages="
     nlohmann-json3-dev
     libglib2.0-dev
     libgtk-3-dev
+    dbus-daemon
     libgtest-dev
     libgmock-dev
     libbenchmark-dev
