@@ -1,7 +1,6 @@
 #include "StartupLocations.h"
 
 #include <cerrno>
-#include <cstdlib>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -11,19 +10,13 @@
 #include <unistd.h>
 
 #include "VelmoraCore/DurableFile.h"
+#include "VelmoraMac/Platform/XdgBaseDirectory.h"
 
 namespace velmora {
 
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string_view environmentVariable(const char* name)
-{
-    // Nothing in the library changes the environment.
-    const char* value = std::getenv(name); // NOLINT(concurrency-mt-unsafe)
-    return value == nullptr ? std::string_view() : std::string_view(value);
-}
 
 // The home folder the password database gives for this user, for processes
 // started without HOME (some service managers do that).
@@ -73,18 +66,12 @@ std::optional<fs::path> StartupLocations::folderOfLoadedFile(const void* address
 
 std::optional<fs::path> StartupLocations::dataHomeFrom(std::string_view xdgDataHome, std::string_view home)
 {
-    const fs::path given(xdgDataHome);
-    if (given.is_absolute())
-        return given;
-    const fs::path homeFolder(home);
-    if (homeFolder.is_absolute())
-        return homeFolder / ".local" / "share";
-    return std::nullopt;
+    return XdgBaseDirectory::resolve(xdgDataHome, home, fs::path(".local") / "share");
 }
 
 fs::path StartupLocations::applicationSupportDirectory()
 {
-    std::optional<fs::path> dataHome = dataHomeFrom(environmentVariable("XDG_DATA_HOME"), environmentVariable("HOME"));
+    std::optional<fs::path> dataHome = dataHomeFrom(XdgBaseDirectory::environmentVariable("XDG_DATA_HOME"), XdgBaseDirectory::environmentVariable("HOME"));
     if (!dataHome)
         dataHome = dataHomeFrom({}, passwordDatabaseHome());
     if (!dataHome)

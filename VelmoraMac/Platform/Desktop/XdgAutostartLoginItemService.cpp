@@ -1,6 +1,5 @@
 #include "XdgAutostartLoginItemService.h"
 
-#include <cstdlib>
 #include <system_error>
 #include <utility>
 
@@ -10,19 +9,13 @@
 #include "LoginLaunchMarker.h"
 #include "VelmoraCore/DurableFile.h"
 #include "VelmoraMac/Platform/LoginItemError.h"
+#include "VelmoraMac/Platform/XdgBaseDirectory.h"
 
 namespace velmora {
 
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string_view environmentVariable(const char* name)
-{
-    // Nothing in the library changes the environment.
-    const char* value = std::getenv(name); // NOLINT(concurrency-mt-unsafe)
-    return value == nullptr ? std::string_view() : std::string_view(value);
-}
 
 bool launchThroughGLib(const std::vector<std::string>& command)
 {
@@ -63,25 +56,19 @@ XdgAutostartLoginItemService::XdgAutostartLoginItemService(fs::path entry, std::
 
 std::shared_ptr<XdgAutostartLoginItemService> XdgAutostartLoginItemService::forThisProcess()
 {
-    const std::optional<fs::path> configHome = configHomeFrom(environmentVariable("XDG_CONFIG_HOME"), environmentVariable("HOME"));
+    const std::optional<fs::path> configHome = configHomeFrom(XdgBaseDirectory::environmentVariable("XDG_CONFIG_HOME"), XdgBaseDirectory::environmentVariable("HOME"));
     if (!configHome)
         return nullptr;
     const std::string executable = LoginLaunchMarker::processExecutable();
     std::vector<std::string> command;
     if (!executable.empty())
         command = LoginLaunchMarker::loginCommand(executable, LoginLaunchMarker::processArguments());
-    return std::make_shared<XdgAutostartLoginItemService>(*configHome / "autostart" / entryName, std::move(command), settingsCommandFor(environmentVariable("XDG_CURRENT_DESKTOP")), &launchThroughGLib);
+    return std::make_shared<XdgAutostartLoginItemService>(*configHome / "autostart" / entryName, std::move(command), settingsCommandFor(XdgBaseDirectory::environmentVariable("XDG_CURRENT_DESKTOP")), &launchThroughGLib);
 }
 
 std::optional<fs::path> XdgAutostartLoginItemService::configHomeFrom(std::string_view xdgConfigHome, std::string_view home)
 {
-    const fs::path given(xdgConfigHome);
-    if (given.is_absolute())
-        return given;
-    const fs::path homeFolder(home);
-    if (homeFolder.is_absolute())
-        return homeFolder / ".config";
-    return std::nullopt;
+    return XdgBaseDirectory::resolve(xdgConfigHome, home, ".config");
 }
 
 std::vector<std::string> XdgAutostartLoginItemService::settingsCommandFor(std::string_view currentDesktop)
