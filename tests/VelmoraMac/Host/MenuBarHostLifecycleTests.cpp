@@ -388,15 +388,6 @@ TEST_F(MenuBarHostLifecycleTest, Gear_OpensSettingsAndOtherClicksReachThePond)
     EXPECT_FALSE(content.click(gear)) << "a hidden chrome takes no clicks";
 }
 
-TEST_F(MenuBarHostLifecycleTest, Current_IsSetOnceForTheProcess)
-{
-    start();
-    EXPECT_FALSE(MenuBarHost::current());
-    MenuBarHost::setCurrent(m_host);
-    EXPECT_EQ(MenuBarHost::current().get(), m_host.get());
-    MenuBarHost::setCurrent(nullptr);
-}
-
 TEST_F(MenuBarHostLifecycleTest, Callbacks_DoNothingOnceTheHostIsGone)
 {
     storeOnboarded();

@@ -281,16 +281,6 @@ TEST_F(MenuBarHostWindowTest, Resize_WhileJoined_KeepsBothFramesEqual)
     EXPECT_EQ(panel()->frame(), Rect(0, 0, 1440, 875));
 }
 
-TEST_F(MenuBarHostWindowTest, Resize_OfThePondAlone_LeavesTheHiddenPanel)
-{
-    startWithPond();
-    host().settings();
-    host().showPond();
-    const Rect panelFrame = panel()->frame();
-    m_window->setFrame(Rect(10, 10, 500, 400), FrameDisplay::immediate);
-    EXPECT_EQ(panel()->frame(), panelFrame);
-}
-
 TEST_F(MenuBarHostWindowTest, ScreenRemoval_BringsTheFrameOntoTheMainScreen)
 {
     windows().setScreens({HeadlessWindowSystem::defaultScreen, secondScreen});

@@ -63,16 +63,6 @@ TEST_F(PondChromeViewTest, Layout_KeepsTheMarginsAtEverySize)
     EXPECT_EQ(m_chrome.layout().days, Rect(24, 566, 752, 16));
 }
 
-TEST_F(PondChromeViewTest, Layout_FollowsTheMeasuredTexts)
-{
-    m_chrome.setSize({200, 300});
-    m_chrome.setMeasuredTextSizes({180, 40}, 20);
-    const PondChromeView::Layout layout = m_chrome.layout();
-    EXPECT_EQ(layout.gear, Rect(134, 12, 48, 48));
-    EXPECT_EQ(layout.wordmark, Rect(26, 16, 96, 40));
-    EXPECT_EQ(layout.days, Rect(24, 262, 152, 20));
-}
-
 TEST_F(PondChromeViewTest, HitTest_OnlyTheGearTakesClicks)
 {
     m_chrome.setSize({800, 600});

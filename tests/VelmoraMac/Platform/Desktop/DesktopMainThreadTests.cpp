@@ -86,26 +86,5 @@ TEST(DesktopMainThread, StartedFromInsideTheLoop_IsThatThread)
     EXPECT_EQ(runningThread(*mainThread), gtk.id());
 }
 
-TEST(DesktopMainThread, StartedBeforeTheLoop_TakesTheStartingThread)
-{
-    std::unique_ptr<DesktopMainThread> mainThread;
-    std::promise<std::thread::id> ranOn;
-    std::thread gtk([&] {
-        mainThread = std::make_unique<DesktopMainThread>();
-        EXPECT_TRUE(mainThread->isMainThread());
-        GMainLoop* loop = g_main_loop_new(nullptr, FALSE);
-        // Submitted before the loop runs: it waits for the loop.
-        mainThread->submitAsync([&] {
-            ranOn.set_value(std::this_thread::get_id());
-            g_main_loop_quit(loop);
-        });
-        g_main_loop_run(loop);
-        g_main_loop_unref(loop);
-    });
-    const std::thread::id expected = gtk.get_id();
-    EXPECT_EQ(ranOn.get_future().get(), expected);
-    gtk.join();
-}
-
 } // namespace
 } // namespace velmora
