@@ -298,13 +298,13 @@ void MenuBarHost::toggle(InputEventType trigger)
 
 void MenuBarHost::showMenu()
 {
+    if (!m_status)
+        return;
     const auto self = shared_from_this();
     Menu menu;
     menu.items.push_back(MenuItem::item(m_model->text("settings"), ",", weakly(self, [](MenuBarHost& host) { host.settings(); })));
     menu.items.push_back(MenuItem::separatorItem());
     menu.items.push_back(MenuItem::item(m_model->text("quitApp"), "q", weakly(self, [](MenuBarHost& host) { host.quit(); })));
-    if (!m_status)
-        return;
     // Attached only while it is open: with a menu attached, the next left
     // click would open the menu instead of reaching toggle().
     m_status->setMenu(std::move(menu));
@@ -414,8 +414,7 @@ void MenuBarHost::installToolbar(Window& window)
     auto chrome = std::make_shared<PondChromeView>(m_model->catalog(), m_model->text("settings"), weakly(shared_from_this(), [](MenuBarHost& host) { host.settings(); }));
     content->addOverlay(chrome);
     m_chrome = std::move(chrome);
-    const auto days = static_cast<std::int64_t>(m_model->state().get().practiceDays.size());
-    m_chrome->setDaysText(m_model->text("days", days));
+    updateChrome();
 }
 
 void MenuBarHost::showPond()

@@ -92,8 +92,7 @@ public:
         {
             const std::scoped_lock lock(m_mutex);
             m_failure = std::move(failure);
-            m_finished = true;
-            m_finishedFlag.store(true, std::memory_order_release);
+            m_finished.store(true, std::memory_order_release);
         }
         m_changed.notify_all();
     }
@@ -101,11 +100,11 @@ public:
     void wait()
     {
         // Most tasks are over before a sleeping caller could be woken.
-        (void)spinUntil(callerPatience, [this] { return m_finishedFlag.load(std::memory_order_acquire); });
+        (void)spinUntil(callerPatience, [this] { return m_finished.load(std::memory_order_acquire); });
         std::exception_ptr failure;
         {
             std::unique_lock lock(m_mutex);
-            m_changed.wait(lock, [this] { return m_finished; });
+            m_changed.wait(lock, [this] { return m_finished.load(std::memory_order_relaxed); });
             failure = std::move(m_failure);
         }
         if (failure)
@@ -116,9 +115,8 @@ private:
     std::mutex m_mutex;
     std::condition_variable m_changed;
     std::exception_ptr m_failure;
-    bool m_finished = false;
-    // m_finished for the spinning caller, which looks without the lock.
-    std::atomic<bool> m_finishedFlag{false};
+    // Set under the mutex; the spinning caller also looks without it.
+    std::atomic<bool> m_finished{false};
 };
 
 // What a timer source calls, shared by the source and the handle. The tick

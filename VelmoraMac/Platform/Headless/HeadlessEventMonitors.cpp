@@ -1,40 +1,12 @@
 #include "HeadlessEventMonitors.h"
 
+#include "RemovalToken.h"
+
 #include <algorithm>
 #include <iterator>
 #include <utility>
 
 namespace velmora {
-
-class HeadlessEventMonitors::Token final : public PlatformToken {
-public:
-    Token(std::weak_ptr<State> state, std::uint64_t id)
-        : m_state(std::move(state))
-        , m_id(id)
-    {
-    }
-    Token(const Token&) = delete;
-    Token& operator=(const Token&) = delete;
-    Token(Token&&) = delete;
-    Token& operator=(Token&&) = delete;
-    ~Token() override
-    {
-        const auto state = m_state.lock();
-        if (!state)
-            return;
-        std::erase_if(state->added, [this](const Entry& entry) { return entry.id == m_id; });
-        // Only emptied, not erased: a handler may remove a monitor while a
-        // dispatch walks the list, and even its own while it runs.
-        for (Entry& entry : state->entries) {
-            if (entry.id == m_id)
-                entry.mask = 0;
-        }
-    }
-
-private:
-    std::weak_ptr<State> m_state;
-    std::uint64_t m_id;
-};
 
 HeadlessEventMonitors::HeadlessEventMonitors()
     : m_state(std::make_shared<State>())
@@ -55,7 +27,18 @@ std::unique_ptr<PlatformToken> HeadlessEventMonitors::addLocalMonitor(std::uint6
         std::erase_if(m_state->entries, [](const Entry& old) { return old.mask == 0; });
         m_state->entries.push_back(std::move(entry));
     }
-    return std::make_unique<Token>(m_state, id);
+    return std::make_unique<RemovalToken>([weak = std::weak_ptr<State>(m_state), id] {
+        const auto state = weak.lock();
+        if (!state)
+            return;
+        std::erase_if(state->added, [id](const Entry& added) { return added.id == id; });
+        // Only emptied, not erased: a handler may remove a monitor while a
+        // dispatch walks the list, and even its own while it runs.
+        for (Entry& installed : state->entries) {
+            if (installed.id == id)
+                installed.mask = 0;
+        }
+    });
 }
 
 EventDisposition HeadlessEventMonitors::dispatch(const InputEvent& event)

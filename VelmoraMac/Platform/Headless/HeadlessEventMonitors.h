@@ -46,7 +46,6 @@ private:
         std::vector<Entry> added;
         int dispatchDepth = 0;
     };
-    class Token;
 
     // Shared with the tokens, which may outlive the monitors.
     std::shared_ptr<State> m_state;

@@ -1,31 +1,11 @@
 #include "HeadlessSystemNotifications.h"
 
+#include "RemovalToken.h"
+
 #include <algorithm>
 #include <utility>
 
 namespace velmora {
-
-class HeadlessSystemNotifications::Token final : public PlatformToken {
-public:
-    Token(std::weak_ptr<std::vector<Entry>> entries, std::uint64_t id)
-        : m_entries(std::move(entries))
-        , m_id(id)
-    {
-    }
-    Token(const Token&) = delete;
-    Token& operator=(const Token&) = delete;
-    Token(Token&&) = delete;
-    Token& operator=(Token&&) = delete;
-    ~Token() override
-    {
-        if (const auto entries = m_entries.lock())
-            std::erase_if(*entries, [this](const Entry& entry) { return entry.id == m_id; });
-    }
-
-private:
-    std::weak_ptr<std::vector<Entry>> m_entries;
-    std::uint64_t m_id;
-};
 
 HeadlessSystemNotifications::HeadlessSystemNotifications()
     : m_entries(std::make_shared<std::vector<Entry>>())
@@ -38,7 +18,10 @@ std::unique_ptr<PlatformToken> HeadlessSystemNotifications::addObserver(SystemNo
 {
     const std::uint64_t id = m_nextID++;
     m_entries->push_back(Entry{id, notification, std::make_shared<Observer>(std::move(observer))});
-    return std::make_unique<Token>(m_entries, id);
+    return std::make_unique<RemovalToken>([weak = std::weak_ptr<std::vector<Entry>>(m_entries), id] {
+        if (const auto entries = weak.lock())
+            std::erase_if(*entries, [id](const Entry& entry) { return entry.id == id; });
+    });
 }
 
 void HeadlessSystemNotifications::post(SystemNotification notification, Window* window)

@@ -39,7 +39,6 @@ private:
         SystemNotification notification{};
         std::shared_ptr<Observer> observer;
     };
-    class Token;
 
     // Shared with the tokens, which may outlive the centre.
     std::shared_ptr<std::vector<Entry>> m_entries;
