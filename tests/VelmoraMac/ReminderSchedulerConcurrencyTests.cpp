@@ -194,17 +194,6 @@ TEST_F(ReminderSchedulerTest, Click_CompletesThePlatformFirstThenOpensOnTheMainT
     EXPECT_EQ(m_opened, 1);
 }
 
-TEST_F(ReminderSchedulerTest, Click_WithoutAnOpenCallback_OnlyCompletes)
-{
-    scheduleAndSettle(remindAt(20, 0));
-    m_scheduler->setOnOpen(nullptr);
-    m_center->setNow(utc(2025, 3, 10, 19, 1));
-    m_center->click("practice-0");
-    settle();
-    EXPECT_EQ(m_center->counts().completedClicks, 1);
-    EXPECT_EQ(m_opened, 0);
-}
-
 TEST_F(ReminderSchedulerTest, Request_AnswersOnTheMainThread)
 {
     for (const auto answer : {HeadlessNotificationCenter::PromptAnswer::grant, HeadlessNotificationCenter::PromptAnswer::deny}) {

@@ -100,33 +100,6 @@ TEST_F(DisplaySleepPolicyTest, OwnRecord_IsTurnedOffOnlyWhenEveryKeyHasTheRightT
     EXPECT_TRUE(log.lines().empty());
 }
 
-TEST_F(DisplaySleepPolicyTest, MatchingRecords_AreTurnedOffInOrderAndStayWithTheirHolder)
-{
-    registry.setAssertions(ownProcess, json::array({
-                                           displayAssertion(3),
-                                           with(displayAssertion(4), "AssertName", "playing video"),
-                                           displayAssertion(1),
-                                       }));
-    tick();
-    EXPECT_EQ(registry.levelChanges(), (std::vector<LevelChange>{{3, 0, 0}, {1, 0, 0}}));
-    const json records = registry.assertions(ownProcess);
-    ASSERT_EQ(records.size(), 3U) << "an assertion was released instead of lowered";
-    EXPECT_EQ(records[0]["AssertLevel"], 0);
-    EXPECT_EQ(records[1]["AssertLevel"], 255);
-    EXPECT_EQ(records[2]["AssertLevel"], 0);
-
-    // Idempotent: nothing on is left to turn off.
-    tick();
-    EXPECT_EQ(registry.levelChanges().size(), 2U);
-
-    // The holder raises one again; the next tick lowers it again.
-    registry.setAssertions(ownProcess, json::array({with(records[0], "AssertLevel", 255), records[1], records[2]}));
-    tick();
-    EXPECT_EQ(registry.levelChanges().back(), (LevelChange{3, 0, 0}));
-    EXPECT_EQ(registry.levelChanges().size(), 3U);
-    EXPECT_TRUE(log.lines().empty());
-}
-
 TEST_F(DisplaySleepPolicyTest, OtherProcesses_AreNeverTouched)
 {
     registry.setAssertions(otherProcess, json::array({displayAssertion(11)}));
@@ -200,20 +173,6 @@ TEST_F(DisplaySleepPolicyTest, MalformedAnswer_ChangesNothingAndLogsNothing)
         EXPECT_EQ(fresh.levelChanges().size(), c.changes) << c.name;
     }
     EXPECT_TRUE(log.lines().empty());
-}
-
-TEST_F(DisplaySleepPolicyTest, FailedQuery_ChangesNothingAndLogsNothing)
-{
-    registry.setAssertions(ownProcess, json::array({displayAssertion(7)}));
-    registry.failQueries();
-    tick();
-    EXPECT_EQ(registry.queryCount(), 1);
-    EXPECT_TRUE(registry.levelChanges().empty());
-    EXPECT_TRUE(log.lines().empty());
-
-    registry.answerRecords();
-    tick();
-    EXPECT_EQ(registry.levelChanges(), (std::vector<LevelChange>{{7, 0, 0}}));
 }
 
 } // namespace

@@ -275,11 +275,5 @@ TEST(HeadlessMainThread, SyncCallersRacingStop_GetTheirResultOrMainThreadStopped
     EXPECT_EQ(wrongAnswers, std::vector<int>(callers, 0));
 }
 
-TEST(HeadlessMainThread, StopOnTheMainThreadItself_IsRefused)
-{
-    HeadlessMainThread main;
-    EXPECT_THROW(main.submitSync([&] { main.stop(); }), std::logic_error);
-}
-
 } // namespace
 } // namespace velmora
