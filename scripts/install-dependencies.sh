@@ -13,6 +13,13 @@ packages="
     nlohmann-json3-dev
     libglib2.0-dev
     libgtk-3-dev
+    libdbusmenu-glib-dev
+    xvfb
+    xauth
+    openbox
+    python3-dbusmock
+    xdotool
+    fonts-dejavu-core
     dbus-daemon
     libgtest-dev
     libgmock-dev

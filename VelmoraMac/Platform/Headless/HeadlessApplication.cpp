@@ -2,11 +2,11 @@
 
 #include <utility>
 
-#include "HeadlessSystemNotifications.h"
+#include "VelmoraMac/Platform/SystemNotificationHub.h"
 
 namespace velmora {
 
-HeadlessApplication::HeadlessApplication(std::shared_ptr<HeadlessSystemNotifications> notifications, std::int32_t processID)
+HeadlessApplication::HeadlessApplication(std::shared_ptr<SystemNotificationHub> notifications, std::int32_t processID)
     : m_notifications(std::move(notifications))
     , m_processID(processID)
 {

@@ -10,7 +10,7 @@
 
 namespace velmora {
 
-class HeadlessSystemNotifications;
+class SystemNotificationHub;
 
 // An application in memory that a test plays the system for: it delivers
 // launch requests, takes the focus away, and reads the alerts shown and
@@ -27,7 +27,7 @@ public:
         friend bool operator==(const Alert&, const Alert&) = default;
     };
 
-    HeadlessApplication(std::shared_ptr<HeadlessSystemNotifications> notifications, std::int32_t processID);
+    HeadlessApplication(std::shared_ptr<SystemNotificationHub> notifications, std::int32_t processID);
 
     [[nodiscard]] std::int32_t processID() const override { return m_processID; }
     void setActivationPolicy(ActivationPolicy policy) override { m_activationPolicy = policy; }
@@ -58,7 +58,7 @@ public:
     [[nodiscard]] bool hasLaunchHandler() const { return static_cast<bool>(m_launchHandler); }
 
 private:
-    std::shared_ptr<HeadlessSystemNotifications> m_notifications;
+    std::shared_ptr<SystemNotificationHub> m_notifications;
     std::int32_t m_processID;
     ActivationPolicy m_activationPolicy = ActivationPolicy::accessory;
     bool m_active = false;

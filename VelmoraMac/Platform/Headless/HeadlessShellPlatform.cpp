@@ -6,14 +6,14 @@
 
 #include "HeadlessApplication.h"
 #include "HeadlessDiagnosticLog.h"
-#include "HeadlessEventMonitors.h"
+#include "VelmoraMac/Platform/EventMonitorChain.h"
 #include "HeadlessLoginItemService.h"
 #include "HeadlessMainThread.h"
 #include "HeadlessNotificationCenter.h"
 #include "HeadlessNotificationSettingsOpener.h"
 #include "HeadlessPowerAssertionRegistry.h"
 #include "HeadlessStatusBar.h"
-#include "HeadlessSystemNotifications.h"
+#include "VelmoraMac/Platform/SystemNotificationHub.h"
 #include "HeadlessUrlOpener.h"
 #include "HeadlessWindowSystem.h"
 #include "ProcessDiagnosticLog.h"
@@ -36,7 +36,7 @@ std::shared_ptr<HeadlessShellPlatform> HeadlessShellPlatform::create(std::shared
 }
 
 HeadlessShellPlatform::HeadlessShellPlatform(std::shared_ptr<MainThread> mainThread, std::shared_ptr<SystemEnvironment> systemEnvironment, std::shared_ptr<DiagnosticLog> log)
-    : m_systemNotifications(std::make_shared<HeadlessSystemNotifications>())
+    : m_systemNotifications(std::make_shared<SystemNotificationHub>())
     , m_notificationCenter(std::make_shared<HeadlessNotificationCenter>(systemEnvironment->now()))
     , m_notificationSettingsOpener(std::make_shared<HeadlessNotificationSettingsOpener>())
     , m_loginItemService(std::make_shared<HeadlessLoginItemService>())
@@ -46,7 +46,7 @@ HeadlessShellPlatform::HeadlessShellPlatform(std::shared_ptr<MainThread> mainThr
     m_application = std::make_shared<HeadlessApplication>(m_systemNotifications, static_cast<std::int32_t>(::getpid()));
     m_windowSystem = std::make_shared<HeadlessWindowSystem>(mainThread, m_systemNotifications);
     m_statusBar = std::make_shared<HeadlessStatusBar>();
-    m_eventMonitors = std::make_shared<HeadlessEventMonitors>();
+    m_eventMonitors = std::make_shared<EventMonitorChain>();
 
     m_platform.mainThread = std::move(mainThread);
     m_platform.systemEnvironment = std::move(systemEnvironment);

@@ -8,13 +8,13 @@ namespace velmora {
 
 class HeadlessApplication;
 class HeadlessDiagnosticLog;
-class HeadlessEventMonitors;
+class EventMonitorChain;
 class HeadlessLoginItemService;
 class HeadlessNotificationCenter;
 class HeadlessNotificationSettingsOpener;
 class HeadlessPowerAssertionRegistry;
 class HeadlessStatusBar;
-class HeadlessSystemNotifications;
+class SystemNotificationHub;
 class HeadlessUrlOpener;
 class HeadlessWindowSystem;
 
@@ -44,8 +44,8 @@ public:
     [[nodiscard]] HeadlessApplication& application() const { return *m_application; }
     [[nodiscard]] HeadlessWindowSystem& windowSystem() const { return *m_windowSystem; }
     [[nodiscard]] HeadlessStatusBar& statusBar() const { return *m_statusBar; }
-    [[nodiscard]] HeadlessEventMonitors& eventMonitors() const { return *m_eventMonitors; }
-    [[nodiscard]] HeadlessSystemNotifications& systemNotifications() const { return *m_systemNotifications; }
+    [[nodiscard]] EventMonitorChain& eventMonitors() const { return *m_eventMonitors; }
+    [[nodiscard]] SystemNotificationHub& systemNotifications() const { return *m_systemNotifications; }
     [[nodiscard]] HeadlessNotificationCenter& notificationCenter() const { return *m_notificationCenter; }
     [[nodiscard]] HeadlessNotificationSettingsOpener& notificationSettingsOpener() const { return *m_notificationSettingsOpener; }
     [[nodiscard]] HeadlessLoginItemService& loginItemService() const { return *m_loginItemService; }
@@ -62,8 +62,8 @@ private:
     std::shared_ptr<HeadlessApplication> m_application;
     std::shared_ptr<HeadlessWindowSystem> m_windowSystem;
     std::shared_ptr<HeadlessStatusBar> m_statusBar;
-    std::shared_ptr<HeadlessEventMonitors> m_eventMonitors;
-    std::shared_ptr<HeadlessSystemNotifications> m_systemNotifications;
+    std::shared_ptr<EventMonitorChain> m_eventMonitors;
+    std::shared_ptr<SystemNotificationHub> m_systemNotifications;
     std::shared_ptr<HeadlessNotificationCenter> m_notificationCenter;
     std::shared_ptr<HeadlessNotificationSettingsOpener> m_notificationSettingsOpener;
     std::shared_ptr<HeadlessLoginItemService> m_loginItemService;

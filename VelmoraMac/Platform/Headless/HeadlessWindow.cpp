@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "HeadlessSystemNotifications.h"
+#include "VelmoraMac/Platform/SystemNotificationHub.h"
 #include "HeadlessWindowSystem.h"
 #include "VelmoraMac/Platform/MainThreadStopped.h"
 

@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <utility>
 
-#include "HeadlessSystemNotifications.h"
+#include "VelmoraMac/Platform/SystemNotificationHub.h"
 
 namespace velmora {
 
-HeadlessWindowSystem::HeadlessWindowSystem(std::shared_ptr<MainThread> mainThread, std::shared_ptr<HeadlessSystemNotifications> notifications)
+HeadlessWindowSystem::HeadlessWindowSystem(std::shared_ptr<MainThread> mainThread, std::shared_ptr<SystemNotificationHub> notifications)
     : m_mainThread(std::move(mainThread))
     , m_notifications(std::move(notifications))
 {

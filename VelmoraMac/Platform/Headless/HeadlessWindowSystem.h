@@ -11,7 +11,7 @@
 
 namespace velmora {
 
-class HeadlessSystemNotifications;
+class SystemNotificationHub;
 
 // Windows and screens in memory. A test adds the renderer's windows and
 // changes the screens; panels come from the shell. Starts with one screen
@@ -22,7 +22,7 @@ class HeadlessWindowSystem final : public WindowSystem, public std::enable_share
 public:
     static constexpr Screen defaultScreen{Rect(0, 0, 1440, 900), Rect(0, 0, 1440, 875)};
 
-    HeadlessWindowSystem(std::shared_ptr<MainThread> mainThread, std::shared_ptr<HeadlessSystemNotifications> notifications);
+    HeadlessWindowSystem(std::shared_ptr<MainThread> mainThread, std::shared_ptr<SystemNotificationHub> notifications);
 
     [[nodiscard]] std::vector<std::shared_ptr<Window>> windows() const override;
     [[nodiscard]] std::vector<Screen> screens() const override { return m_screens; }
@@ -55,7 +55,7 @@ private:
     void bringToFront(HeadlessWindow* window);
 
     std::shared_ptr<MainThread> m_mainThread;
-    std::shared_ptr<HeadlessSystemNotifications> m_notifications;
+    std::shared_ptr<SystemNotificationHub> m_notifications;
     std::vector<std::shared_ptr<HeadlessWindow>> m_windows;
     std::vector<Screen> m_screens{defaultScreen};
     std::optional<std::size_t> m_mainIndex = 0;

@@ -13,12 +13,12 @@
 #include "VelmoraMac/ContentCatalog.h"
 #include "VelmoraMac/Host/MenuBarHost.h"
 #include "VelmoraMac/Platform/Headless/HeadlessApplication.h"
-#include "VelmoraMac/Platform/Headless/HeadlessEventMonitors.h"
+#include "VelmoraMac/Platform/EventMonitorChain.h"
 #include "VelmoraMac/Platform/Headless/HeadlessLoginItemService.h"
 #include "VelmoraMac/Platform/Headless/HeadlessShellPlatform.h"
 #include "VelmoraMac/Platform/Headless/HeadlessStatusBar.h"
 #include "VelmoraMac/Platform/Headless/HeadlessSystemEnvironment.h"
-#include "VelmoraMac/Platform/Headless/HeadlessSystemNotifications.h"
+#include "VelmoraMac/Platform/SystemNotificationHub.h"
 #include "VelmoraMac/Platform/Headless/HeadlessWindowSystem.h"
 #include "VelmoraMac/Platform/Headless/ManualMainThread.h"
 #include "VelmoraMac/PracticeCoordinator.h"
@@ -158,7 +158,7 @@ protected:
     [[nodiscard]] std::filesystem::path stateFile() const { return m_folder / "app.velmora.mac" / "practice.json"; }
     [[nodiscard]] HeadlessWindowSystem& windows() const { return m_platform->windowSystem(); }
     [[nodiscard]] HeadlessApplication& application() const { return m_platform->application(); }
-    [[nodiscard]] HeadlessSystemNotifications& notifications() const { return m_platform->systemNotifications(); }
+    [[nodiscard]] SystemNotificationHub& notifications() const { return m_platform->systemNotifications(); }
     [[nodiscard]] HeadlessStatusItem& statusItem() const { return *m_platform->statusBar().items().at(0); }
     [[nodiscard]] HeadlessWindow* panel() const { return dynamic_cast<HeadlessWindow*>(m_host->panel().get()); }
     [[nodiscard]] MenuBarHost& host() const { return *m_host; }

@@ -1,6 +1,6 @@
-#include "HeadlessEventMonitors.h"
+#include "VelmoraMac/Platform/EventMonitorChain.h"
 
-#include "RemovalToken.h"
+#include "VelmoraMac/Platform/RemovalToken.h"
 
 #include <algorithm>
 #include <iterator>
@@ -8,14 +8,14 @@
 
 namespace velmora {
 
-HeadlessEventMonitors::HeadlessEventMonitors()
+EventMonitorChain::EventMonitorChain()
     : m_state(std::make_shared<State>())
 {
 }
 
-HeadlessEventMonitors::~HeadlessEventMonitors() = default;
+EventMonitorChain::~EventMonitorChain() = default;
 
-std::unique_ptr<PlatformToken> HeadlessEventMonitors::addLocalMonitor(std::uint64_t eventMask, Handler handler)
+std::unique_ptr<PlatformToken> EventMonitorChain::addLocalMonitor(std::uint64_t eventMask, Handler handler)
 {
     if (std::ranges::find(m_refusedMasks, eventMask) != m_refusedMasks.end() || !handler)
         return nullptr;
@@ -41,7 +41,7 @@ std::unique_ptr<PlatformToken> HeadlessEventMonitors::addLocalMonitor(std::uint6
     });
 }
 
-EventDisposition HeadlessEventMonitors::dispatch(const InputEvent& event)
+EventDisposition EventMonitorChain::dispatch(const InputEvent& event)
 {
     const std::uint64_t bit = eventMaskBit(event.type);
     // Kept alive and in place for the walk; monitors added meanwhile join
@@ -62,12 +62,12 @@ EventDisposition HeadlessEventMonitors::dispatch(const InputEvent& event)
     return disposition;
 }
 
-void HeadlessEventMonitors::refuse(std::uint64_t eventMask)
+void EventMonitorChain::refuse(std::uint64_t eventMask)
 {
     m_refusedMasks.push_back(eventMask);
 }
 
-std::size_t HeadlessEventMonitors::monitorCount() const
+std::size_t EventMonitorChain::monitorCount() const
 {
     const auto installed = [](const Entry& entry) { return entry.mask != 0; };
     return static_cast<std::size_t>(std::ranges::count_if(m_state->entries, installed)) + m_state->added.size();

@@ -1,20 +1,20 @@
-#include "HeadlessSystemNotifications.h"
+#include "VelmoraMac/Platform/SystemNotificationHub.h"
 
-#include "RemovalToken.h"
+#include "VelmoraMac/Platform/RemovalToken.h"
 
 #include <algorithm>
 #include <utility>
 
 namespace velmora {
 
-HeadlessSystemNotifications::HeadlessSystemNotifications()
+SystemNotificationHub::SystemNotificationHub()
     : m_entries(std::make_shared<std::vector<Entry>>())
 {
 }
 
-HeadlessSystemNotifications::~HeadlessSystemNotifications() = default;
+SystemNotificationHub::~SystemNotificationHub() = default;
 
-std::unique_ptr<PlatformToken> HeadlessSystemNotifications::addObserver(SystemNotification notification, Observer observer)
+std::unique_ptr<PlatformToken> SystemNotificationHub::addObserver(SystemNotification notification, Observer observer)
 {
     const std::uint64_t id = m_nextID++;
     m_entries->push_back(Entry{id, notification, std::make_shared<Observer>(std::move(observer))});
@@ -24,7 +24,7 @@ std::unique_ptr<PlatformToken> HeadlessSystemNotifications::addObserver(SystemNo
     });
 }
 
-void HeadlessSystemNotifications::post(SystemNotification notification, Window* window)
+void SystemNotificationHub::post(SystemNotification notification, Window* window)
 {
     m_posted.push_back(notification);
     // A copy, so that an observer may add or remove observers while this
@@ -38,7 +38,7 @@ void HeadlessSystemNotifications::post(SystemNotification notification, Window* 
         (*observer)(window);
 }
 
-std::size_t HeadlessSystemNotifications::observerCount(SystemNotification notification) const
+std::size_t SystemNotificationHub::observerCount(SystemNotification notification) const
 {
     return static_cast<std::size_t>(std::ranges::count(*m_entries, notification, &Entry::notification));
 }

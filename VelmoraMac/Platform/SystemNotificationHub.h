@@ -8,19 +8,19 @@
 
 namespace velmora {
 
-// Notification centres in memory: post() tells the observers at once, on
-// the calling thread (the main thread, as a real centre's main queue
-// would). The other headless services post here for the changes they make;
-// a test posts the ones that come from outside (sleep, wake, time zone).
-// Main thread only.
-class HeadlessSystemNotifications final : public SystemNotifications {
+// The observers of system notifications, kept in one place: post() tells
+// them at once, on the calling thread (the main thread, as a real centre's
+// main queue would). Each platform's services post here for the changes they
+// see or make; a headless test posts the ones that come from outside (sleep,
+// wake, time zone). Main thread only.
+class SystemNotificationHub final : public SystemNotifications {
 public:
-    HeadlessSystemNotifications();
-    HeadlessSystemNotifications(const HeadlessSystemNotifications&) = delete;
-    HeadlessSystemNotifications& operator=(const HeadlessSystemNotifications&) = delete;
-    HeadlessSystemNotifications(HeadlessSystemNotifications&&) = delete;
-    HeadlessSystemNotifications& operator=(HeadlessSystemNotifications&&) = delete;
-    ~HeadlessSystemNotifications() override;
+    SystemNotificationHub();
+    SystemNotificationHub(const SystemNotificationHub&) = delete;
+    SystemNotificationHub& operator=(const SystemNotificationHub&) = delete;
+    SystemNotificationHub(SystemNotificationHub&&) = delete;
+    SystemNotificationHub& operator=(SystemNotificationHub&&) = delete;
+    ~SystemNotificationHub() override;
 
     std::unique_ptr<PlatformToken> addObserver(SystemNotification notification, Observer observer) override;
 

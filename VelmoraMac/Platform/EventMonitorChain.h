@@ -8,18 +8,19 @@
 
 namespace velmora {
 
-// Local event monitors in memory: dispatch() plays the window system
-// delivering one event. It allocates nothing, so that a test can count the
-// allocations of the monitors themselves.
+// Local event monitors in a chain: dispatch() is the window system
+// delivering one event, from a test or from the desktop's event handler.
+// It allocates nothing, so that a test can count the allocations of the
+// monitors themselves.
 // Main thread only.
-class HeadlessEventMonitors final : public EventMonitors {
+class EventMonitorChain final : public EventMonitors {
 public:
-    HeadlessEventMonitors();
-    HeadlessEventMonitors(const HeadlessEventMonitors&) = delete;
-    HeadlessEventMonitors& operator=(const HeadlessEventMonitors&) = delete;
-    HeadlessEventMonitors(HeadlessEventMonitors&&) = delete;
-    HeadlessEventMonitors& operator=(HeadlessEventMonitors&&) = delete;
-    ~HeadlessEventMonitors() override;
+    EventMonitorChain();
+    EventMonitorChain(const EventMonitorChain&) = delete;
+    EventMonitorChain& operator=(const EventMonitorChain&) = delete;
+    EventMonitorChain(EventMonitorChain&&) = delete;
+    EventMonitorChain& operator=(EventMonitorChain&&) = delete;
+    ~EventMonitorChain() override;
 
     // Null, as a refusing platform answers, for a mask set with refuse().
     std::unique_ptr<PlatformToken> addLocalMonitor(std::uint64_t eventMask, Handler handler) override;
