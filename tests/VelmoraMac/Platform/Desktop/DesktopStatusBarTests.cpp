@@ -1,1 +1,492 @@
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <gdk-pixbuf/gdk-pixbuf.h>
+#include <gio/gio.h>
 #include <gtest/gtest.h>
+#include <gtk/gtk.h>
+#include <unistd.h>
+
+#include "VelmoraMac/Platform/Desktop/DesktopStatusBar.h"
+#include "VelmoraMac/Platform/Desktop/StatusNotifierIcon.h"
+#include "VelmoraMac/Platform/Desktop/StatusNotifierItem.h"
+
+namespace velmora {
+namespace {
+
+constexpr const char* itemInterface = "org.kde.StatusNotifierItem";
+constexpr const char* menuInterface = "com.canonical.dbusmenu";
+constexpr const char* mockInterface = "org.freedesktop.DBus.Mock";
+
+// Iterates the default context until `done` holds or 10 s have passed.
+bool iterateUntil(const std::function<bool()>& done)
+{
+    const gint64 deadline = g_get_monotonic_time() + 10 * G_USEC_PER_SEC;
+    while (!done()) {
+        if (g_get_monotonic_time() > deadline)
+            return false;
+        if (g_main_context_iteration(nullptr, FALSE) == FALSE)
+            g_usleep(1000);
+    }
+    return true;
+}
+
+struct Reply {
+    GVariant* value = nullptr;
+    std::string error;
+    bool done = false;
+};
+
+void replied(GObject* connection, GAsyncResult* result, gpointer data)
+{
+    auto* reply = static_cast<Reply*>(data);
+    GError* error = nullptr;
+    reply->value = g_dbus_connection_call_finish(G_DBUS_CONNECTION(connection), result, &error);
+    if (error != nullptr) {
+        reply->error = error->message;
+        g_error_free(error);
+    }
+    reply->done = true;
+}
+
+// The texts of a dbusmenu layout's children: a label, or "-" for a
+// separator.
+std::vector<std::string> entriesOf(GVariant* layout, std::vector<gint32>& ids)
+{
+    GVariant* root = g_variant_get_child_value(layout, 1);
+    GVariant* children = g_variant_get_child_value(root, 2);
+    std::vector<std::string> entries;
+    for (gsize index = 0; index < g_variant_n_children(children); ++index) {
+        GVariant* child = g_variant_get_variant(g_variant_get_child_value(children, index));
+        gint32 id = 0;
+        GVariant* properties = nullptr;
+        g_variant_get(child, "(i@a{sv}@av)", &id, &properties, nullptr);
+        const gchar* type = nullptr;
+        const gchar* label = nullptr;
+        if (g_variant_lookup(properties, "type", "&s", &type) && std::string(type) == "separator")
+            entries.emplace_back("-");
+        else
+            entries.emplace_back(g_variant_lookup(properties, "label", "&s", &label) ? label : "?");
+        ids.push_back(id);
+        g_variant_unref(properties);
+        g_variant_unref(child);
+    }
+    g_variant_unref(children);
+    g_variant_unref(root);
+    return entries;
+}
+
+// A private session bus with a connection that plays the tray host, and a
+// tray watcher served by python3-dbusmock in a process of its own.
+class DesktopStatusBarTest : public testing::Test {
+public:
+    DesktopStatusBarTest(const DesktopStatusBarTest&) = delete;
+    DesktopStatusBarTest& operator=(const DesktopStatusBarTest&) = delete;
+    DesktopStatusBarTest(DesktopStatusBarTest&&) = delete;
+    DesktopStatusBarTest& operator=(DesktopStatusBarTest&&) = delete;
+
+protected:
+    DesktopStatusBarTest()
+        // Before the private bus, which takes DISPLAY away.
+        : m_hasDisplay(gtk_init_check(nullptr, nullptr) != FALSE)
+    {
+        g_test_dbus_up(m_testBus);
+        // GTestDBus points the session bus at itself: this is the shared
+        // connection the menu library serves on.
+        m_session = g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr);
+        const auto flags = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
+        m_host = g_dbus_connection_new_for_address_sync(g_test_dbus_get_bus_address(m_testBus), flags, nullptr, nullptr, nullptr);
+    }
+
+    ~DesktopStatusBarTest() override
+    {
+        m_item.reset();
+        stopWatcher();
+        // GDBus finishes giving the name back on the loop.
+        (void)iterateUntil([this] { return !hasOwner(m_itemName); });
+        g_object_unref(m_host);
+        g_object_unref(m_session);
+        g_test_dbus_down(m_testBus);
+        g_object_unref(m_testBus);
+    }
+
+    std::shared_ptr<StatusItem> makeItem()
+    {
+        DesktopStatusBar bar(m_session);
+        m_item = bar.statusItem(28);
+        m_itemName = static_cast<StatusNotifierItem&>(*m_item).busName();
+        EXPECT_TRUE(iterateUntil([this] { return hasOwner(m_itemName); }));
+        return m_item;
+    }
+
+    // The watcher's mock answers RegisterStatusNotifierItem before the item
+    // can hear of it: the item only learns that the watcher came when the
+    // loop is iterated, which starting it does not do.
+    void startWatcher()
+    {
+        m_watcher = g_subprocess_new(G_SUBPROCESS_FLAGS_NONE, nullptr, "/usr/bin/python3", "-m", "dbusmock", "--session", StatusNotifierItem::watcherName, StatusNotifierItem::watcherPath, StatusNotifierItem::watcherName, nullptr);
+        ASSERT_NE(m_watcher, nullptr);
+        const gint64 deadline = g_get_monotonic_time() + 10 * G_USEC_PER_SEC;
+        while (!hasOwner(StatusNotifierItem::watcherName)) {
+            ASSERT_LT(g_get_monotonic_time(), deadline) << "the mock watcher did not start";
+            g_usleep(10000);
+        }
+        callWatcher("AddMethod", g_variant_new("(sssss)", "", "RegisterStatusNotifierItem", "s", "", ""));
+        callWatcher("AddProperty", g_variant_new("(ssv)", "", "IsStatusNotifierHostRegistered", g_variant_new_boolean(TRUE)));
+    }
+
+    void stopWatcher()
+    {
+        if (m_watcher == nullptr)
+            return;
+        g_subprocess_force_exit(m_watcher);
+        (void)g_subprocess_wait(m_watcher, nullptr, nullptr);
+        g_clear_object(&m_watcher);
+        // The bus drops a dead process's names on its own time.
+        while (hasOwner(StatusNotifierItem::watcherName))
+            g_usleep(10000);
+    }
+
+    // The services the running watcher was asked to register.
+    std::vector<std::string> registrations()
+    {
+        std::vector<std::string> services;
+        GVariant* calls = callWatcher("GetCalls", nullptr);
+        GVariantIter* iterator = nullptr;
+        g_variant_get(calls, "(a(tsav))", &iterator);
+        const gchar* method = nullptr;
+        GVariantIter* arguments = nullptr;
+        while (g_variant_iter_loop(iterator, "(t&sav)", nullptr, &method, &arguments)) {
+            GVariant* service = nullptr;
+            if (std::string(method) == "RegisterStatusNotifierItem" && g_variant_iter_next(arguments, "v", &service)) {
+                services.emplace_back(g_variant_get_string(service, nullptr));
+                g_variant_unref(service);
+            }
+        }
+        g_variant_iter_free(iterator);
+        g_variant_unref(calls);
+        return services;
+    }
+
+    // Calls the item (or its menu) as the tray host, iterating the loop
+    // that serves it until the answer comes; null on an error.
+    GVariant* callItem(const char* path, const char* interface, const char* method, GVariant* parameters, std::string* error = nullptr)
+    {
+        Reply reply;
+        g_dbus_connection_call(m_host, m_itemName.c_str(), path, interface, method, parameters, nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, &replied, &reply);
+        EXPECT_TRUE(iterateUntil([&] { return reply.done; })) << method;
+        if (error != nullptr)
+            *error = reply.error;
+        return reply.value;
+    }
+
+    GVariant* itemProperty(const char* name)
+    {
+        GVariant* reply = callItem(StatusNotifierItem::objectPath, "org.freedesktop.DBus.Properties", "Get", g_variant_new("(ss)", itemInterface, name));
+        if (reply == nullptr)
+            return nullptr;
+        GVariant* value = nullptr;
+        g_variant_get(reply, "(v)", &value);
+        g_variant_unref(reply);
+        return value;
+    }
+
+    void click(const char* method)
+    {
+        std::string error;
+        GVariant* reply = callItem(StatusNotifierItem::objectPath, itemInterface, method, g_variant_new("(ii)", 10, 10), &error);
+        ASSERT_NE(reply, nullptr) << method << ": " << error;
+        g_variant_unref(reply);
+    }
+
+    std::vector<std::string> menuLayout(std::vector<gint32>& ids)
+    {
+        GVariant* layout = callItem(StatusNotifierItem::menuPath, menuInterface, "GetLayout", g_variant_new("(ii@as)", 0, -1, g_variant_new_strv(nullptr, 0)));
+        if (layout == nullptr)
+            return {};
+        std::vector<std::string> entries = entriesOf(layout, ids);
+        g_variant_unref(layout);
+        return entries;
+    }
+
+    bool hasOwner(const std::string& name) const
+    {
+        GVariant* reply = g_dbus_connection_call_sync(m_host, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "NameHasOwner", g_variant_new("(s)", name.c_str()), G_VARIANT_TYPE("(b)"), G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr);
+        gboolean owned = FALSE;
+        if (reply != nullptr) {
+            g_variant_get(reply, "(b)", &owned);
+            g_variant_unref(reply);
+        }
+        return owned != FALSE;
+    }
+
+    GVariant* callWatcher(const char* method, GVariant* parameters) const
+    {
+        // The mock is another process: a blocking call is safe.
+        GError* error = nullptr;
+        GVariant* reply = g_dbus_connection_call_sync(m_host, StatusNotifierItem::watcherName, StatusNotifierItem::watcherPath, mockInterface, method, parameters, nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, &error);
+        EXPECT_EQ(error, nullptr) << method << ": " << (error != nullptr ? error->message : "");
+        g_clear_error(&error);
+        return reply;
+    }
+
+    bool m_hasDisplay = false;
+    GTestDBus* m_testBus = g_test_dbus_new(G_TEST_DBUS_NONE);
+    GDBusConnection* m_session = nullptr;
+    GDBusConnection* m_host = nullptr;
+    GSubprocess* m_watcher = nullptr;
+    std::shared_ptr<StatusItem> m_item;
+    std::string m_itemName;
+};
+
+TEST_F(DesktopStatusBarTest, Registration_WaitsForAWatcherAndFollowsItsRestarts)
+{
+    makeItem();
+    // No watcher yet: exported and waiting.
+    GVariant* id = itemProperty("Id");
+    ASSERT_NE(id, nullptr);
+    EXPECT_STREQ(g_variant_get_string(id, nullptr), "app.velmora.mac");
+    g_variant_unref(id);
+    EXPECT_TRUE(m_itemName.starts_with("org.kde.StatusNotifierItem-" + std::to_string(getpid()) + "-")) << m_itemName;
+
+    startWatcher();
+    EXPECT_TRUE(iterateUntil([this] { return registrations() == std::vector<std::string>{m_itemName}; }));
+    stopWatcher();
+    startWatcher();
+    EXPECT_TRUE(iterateUntil([this] { return registrations() == std::vector<std::string>{m_itemName}; })) << "registers with the new watcher";
+
+    m_item.reset();
+    EXPECT_TRUE(iterateUntil([this] { return !hasOwner(m_itemName); })) << "gives its name back";
+}
+
+TEST_F(DesktopStatusBarTest, Properties_DescribeTheItemAndAnnounceChanges)
+{
+    guint newIcons = 0;
+    // Subscribed before the item comes, so that the bus has the match when
+    // the item signals.
+    const guint subscription = g_dbus_connection_signal_subscribe(
+        m_host, nullptr, itemInterface, "NewIcon", StatusNotifierItem::objectPath, nullptr, G_DBUS_SIGNAL_FLAGS_NONE, [](GDBusConnection*, const gchar*, const gchar*, const gchar*, const gchar*, GVariant*, gpointer count) { ++*static_cast<guint*>(count); }, &newIcons, nullptr);
+    StatusButton& button = *makeItem()->button();
+    button.setToolTip("Velmora");
+    button.setTemplateImage("no image", Size{22, 22});
+
+    struct Case {
+        const char* name = "";
+        const char* value = "";
+    };
+    const Case cases[] = {{"Category", "'ApplicationStatus'"}, {"Id", "'app.velmora.mac'"}, {"Title", "'Velmora'"}, {"Status", "'Active'"}, {"ItemIsMenu", "false"}, {"Menu", "objectpath '/MenuBar'"}, {"ToolTip", "('', @a(iiay) [], 'Velmora', '')"}};
+    for (const Case& expected : cases) {
+        GVariant* value = itemProperty(expected.name);
+        ASSERT_NE(value, nullptr) << expected.name;
+        gchar* text = g_variant_print(value, TRUE);
+        EXPECT_STREQ(text, expected.value) << expected.name;
+        g_free(text);
+        g_variant_unref(value);
+    }
+
+    // An image that is none is an empty one of the size asked for.
+    GVariant* pixmaps = itemProperty("IconPixmap");
+    ASSERT_NE(pixmaps, nullptr);
+    ASSERT_EQ(g_variant_n_children(pixmaps), 1U);
+    gint32 width = 0;
+    gint32 height = 0;
+    GVariant* bytes = nullptr;
+    g_variant_get_child(pixmaps, 0, "(ii@ay)", &width, &height, &bytes);
+    EXPECT_EQ(width, 22);
+    EXPECT_EQ(height, 22);
+    EXPECT_EQ(g_variant_n_children(bytes), 22U * 22U * 4U);
+    g_variant_unref(bytes);
+    g_variant_unref(pixmaps);
+    EXPECT_TRUE(iterateUntil([&] { return newIcons == 1; }));
+    g_dbus_connection_signal_unsubscribe(m_host, subscription);
+}
+
+TEST_F(DesktopStatusBarTest, Clicks_SendTheActionWithTheirTrigger_WhenTheMaskHoldsIt)
+{
+    StatusButton& button = *makeItem()->button();
+    std::vector<InputEventType> triggers;
+    button.sendActionOn(eventMaskBit(InputEventType::leftMouseUp) | eventMaskBit(InputEventType::rightMouseUp));
+    button.setAction([&](InputEventType trigger) { triggers.push_back(trigger); });
+    // Once set up, the item asks for the menu the right click would show.
+    ASSERT_TRUE(iterateUntil([&] { return triggers.size() == 1; }));
+    EXPECT_EQ(triggers[0], InputEventType::rightMouseUp);
+    triggers.clear();
+
+    click("ContextMenu");
+    click("SecondaryActivate");
+    GVariant* scrolled = callItem(StatusNotifierItem::objectPath, itemInterface, "Scroll", g_variant_new("(is)", 3, "vertical"));
+    ASSERT_NE(scrolled, nullptr);
+    g_variant_unref(scrolled);
+    click("Activate");
+    button.sendActionOn(eventMaskBit(InputEventType::leftMouseUp));
+    click("ContextMenu");
+    click("Activate");
+    // Actions run in order, so the last left click comes after anything the
+    // calls before it could have sent.
+    ASSERT_TRUE(iterateUntil([&] { return triggers.size() == 3; }));
+    EXPECT_EQ(triggers, (std::vector<InputEventType>{InputEventType::rightMouseUp, InputEventType::leftMouseUp, InputEventType::leftMouseUp}));
+
+    // Without a menu attached, the shell's own click is a left click.
+    button.performClick();
+    EXPECT_EQ(triggers.size(), 4U);
+    EXPECT_EQ(triggers.back(), InputEventType::leftMouseUp);
+}
+
+// A shell that answers the right click as the host does: it attaches its
+// menu, clicks, and detaches it.
+struct MenuShell {
+    StatusItem* item = nullptr;
+    std::vector<std::string> titles{"Settings", "Quit"};
+    std::vector<std::string> log;
+
+    void act(InputEventType trigger)
+    {
+        if (trigger != InputEventType::rightMouseUp) {
+            log.emplace_back("toggle");
+            return;
+        }
+        Menu menu;
+        menu.items.push_back(MenuItem::item(titles[0], ",", [this] { log.push_back(titles[0]); }));
+        menu.items.push_back(MenuItem::separatorItem());
+        menu.items.push_back(MenuItem::item(titles[1], "q", [this] { log.push_back(titles[1]); }));
+        item->setMenu(std::move(menu));
+        item->button()->performClick();
+        log.emplace_back("clicked");
+        item->setMenu(std::nullopt);
+    }
+};
+
+TEST_F(DesktopStatusBarTest, HostShownMenu_OffersTheToggleAndTheShellsLatestEntries)
+{
+    // With a display too, the host shows this menu, not GTK.
+    MenuShell shell;
+    shell.item = makeItem().get();
+    StatusButton& button = *shell.item->button();
+    button.setToolTip("Velmora");
+    button.sendActionOn(eventMaskBit(InputEventType::leftMouseUp) | eventMaskBit(InputEventType::rightMouseUp));
+    button.setAction([&](InputEventType trigger) { shell.act(trigger); });
+    ASSERT_TRUE(iterateUntil([&] { return shell.log.size() == 1; }));
+
+    std::vector<gint32> ids;
+    EXPECT_EQ(menuLayout(ids), (std::vector<std::string>{"Velmora", "-", "Settings", "-", "Quit"})) << "offered before any host asks";
+
+    shell.titles = {"Einstellungen", "Beenden"};
+    GVariant* shown = callItem(StatusNotifierItem::menuPath, menuInterface, "AboutToShow", g_variant_new("(i)", 0));
+    ASSERT_NE(shown, nullptr);
+    g_variant_unref(shown);
+    EXPECT_EQ(shell.log, (std::vector<std::string>{"clicked", "clicked"}));
+    ids.clear();
+    ASSERT_EQ(menuLayout(ids), (std::vector<std::string>{"Velmora", "-", "Einstellungen", "-", "Beenden"}));
+
+    for (const gint32 chosen : {ids[4], ids[0]}) {
+        GVariant* clicked = callItem(StatusNotifierItem::menuPath, menuInterface, "Event", g_variant_new("(isvu)", chosen, "clicked", g_variant_new_int32(0), 0U));
+        ASSERT_NE(clicked, nullptr);
+        g_variant_unref(clicked);
+    }
+    ASSERT_TRUE(iterateUntil([&] { return shell.log.size() == 4; }));
+    EXPECT_EQ(shell.log[2], "Beenden");
+    EXPECT_EQ(shell.log[3], "toggle");
+}
+
+// The popped-up menu's entry at `index`, once one is on screen.
+GtkWidget* poppedUpEntry(guint index)
+{
+    GList* windows = gtk_window_list_toplevels();
+    GtkWidget* entry = nullptr;
+    for (GList* window = windows; window != nullptr && entry == nullptr; window = window->next) {
+        GtkWidget* child = gtk_bin_get_child(GTK_BIN(window->data));
+        if (child == nullptr || !GTK_IS_MENU(child) || !gtk_widget_get_mapped(child))
+            continue;
+        GList* entries = gtk_container_get_children(GTK_CONTAINER(child));
+        entry = GTK_WIDGET(g_list_nth_data(entries, index));
+        g_list_free(entries);
+    }
+    g_list_free(windows);
+    return entry;
+}
+
+TEST_F(DesktopStatusBarTest, ContextMenuWithADisplay_PopsUpUntilChosenAndRunsTheChoiceAfterwards)
+{
+    if (!m_hasDisplay)
+        GTEST_SKIP() << "no display";
+    MenuShell shell;
+    shell.item = makeItem().get();
+    StatusButton& button = *shell.item->button();
+    button.sendActionOn(eventMaskBit(InputEventType::leftMouseUp) | eventMaskBit(InputEventType::rightMouseUp));
+    button.setAction([&](InputEventType trigger) { shell.act(trigger); });
+    ASSERT_TRUE(iterateUntil([&] { return shell.log.size() == 1; }));
+
+    // Chooses "Quit" as soon as the menu is up.
+    const guint chooser = g_timeout_add(
+        20,
+        [](gpointer) -> gboolean {
+            GtkWidget* entry = poppedUpEntry(2);
+            if (entry == nullptr)
+                return G_SOURCE_CONTINUE;
+            gtk_menu_shell_activate_item(GTK_MENU_SHELL(gtk_widget_get_parent(entry)), entry, TRUE);
+            return G_SOURCE_REMOVE;
+        },
+        nullptr);
+    click("ContextMenu");
+    const bool chosen = iterateUntil([&] { return shell.log.size() == 3; });
+    if (!chosen)
+        g_source_remove(chooser);
+    ASSERT_TRUE(chosen) << "the menu never came up";
+    EXPECT_EQ(shell.log, (std::vector<std::string>{"clicked", "clicked", "Quit"}));
+}
+
+TEST(StatusNotifierIcon, Template_IsALightShapeWithADarkOutlineAtEachSize)
+{
+    // A 20 × 10 opaque block in the middle of a transparent 40 × 40 PNG:
+    // non-square, so that fitting it to each size shows.
+    GdkPixbuf* image = gdk_pixbuf_new(GDK_COLORSPACE_RGB, TRUE, 8, 40, 40);
+    gdk_pixbuf_fill(image, 0);
+    GdkPixbuf* block = gdk_pixbuf_new_subpixbuf(image, 10, 15, 20, 10);
+    gdk_pixbuf_fill(block, 0x000000ff);
+    g_object_unref(block);
+    gchar* png = nullptr;
+    gsize length = 0;
+    ASSERT_TRUE(gdk_pixbuf_save_to_buffer(image, &png, &length, "png", nullptr, nullptr));
+    g_object_unref(image);
+    const StatusNotifierIcon icon = StatusNotifierIcon::fromTemplate(std::string_view(png, length), Size{22, 22});
+    g_free(png);
+
+    ASSERT_EQ(icon.pixmaps().size(), StatusNotifierIcon::heights.size());
+    for (std::size_t index = 0; index < icon.pixmaps().size(); ++index) {
+        const StatusNotifierIcon::Pixmap& pixmap = icon.pixmaps()[index];
+        const int side = StatusNotifierIcon::heights[index];
+        ASSERT_EQ(pixmap.width, side);
+        ASSERT_EQ(pixmap.height, side);
+        ASSERT_EQ(pixmap.argb.size(), static_cast<std::size_t>(side * side * 4));
+        const auto pixel = [&](int x, int y) { return &pixmap.argb[static_cast<std::size_t>((y * side + x) * 4)]; };
+        // Alpha first, then red, green, blue.
+        const std::uint8_t* centre = pixel(side / 2, side / 2);
+        EXPECT_EQ(centre[0], 255) << side;
+        EXPECT_GT(centre[1], 200) << side;
+        EXPECT_EQ(centre[1], centre[3]) << side;
+        EXPECT_EQ(pixel(0, 0)[0], 0) << "the corner stays clear at " << side;
+        // Going up from the centre: the light shape, a dark outline that
+        // is not clear, and then nothing.
+        int row = side / 2;
+        while (row > 0 && pixel(side / 2, row)[1] >= 100 && pixel(side / 2, row)[0] > 0)
+            --row;
+        EXPECT_GT(pixel(side / 2, row)[0], 0) << "an outline at " << side;
+        EXPECT_LT(pixel(side / 2, row)[1], 100) << side;
+        EXPECT_GT(row, 0) << side;
+    }
+
+    for (const std::string_view nothing : {std::string_view(), std::string_view("not a picture")}) {
+        const StatusNotifierIcon empty = StatusNotifierIcon::fromTemplate(nothing, Size{28, 22});
+        ASSERT_EQ(empty.pixmaps().size(), 1U);
+        EXPECT_EQ(empty.pixmaps()[0].width, 28);
+        EXPECT_EQ(empty.pixmaps()[0].height, 22);
+        EXPECT_EQ(empty.pixmaps()[0].argb, std::vector<std::uint8_t>(28U * 22U * 4U, 0));
+    }
+}
+
+} // namespace
+} // namespace velmora
