@@ -20,7 +20,6 @@ public:
         fsyncFile,
         close,
         rename,
-        makeFolder,
         openFolder,
         fsyncFolder,
     };
@@ -89,14 +88,6 @@ public:
         if (failing(Step::rename))
             return -1;
         return FileSystemCalls::rename(from, to);
-    }
-
-    int makeFolder(const char* path, mode_t mode) override
-    {
-        m_steps.emplace_back("mkdir");
-        if (failing(Step::makeFolder))
-            return -1;
-        return FileSystemCalls::makeFolder(path, mode);
     }
 
     int openFolder(const char* path) override

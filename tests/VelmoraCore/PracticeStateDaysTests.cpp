@@ -23,7 +23,6 @@ TEST(PracticeStateDays, DayAndWeekKeys_FollowTheLocalCalendarDayOfTheZone)
         // Two hours east of UTC: 23:30 local is still the 14th although it is 21:30 UTC.
         {"Europe/Helsinki", utc(2025, 3, 14, 21, 30), "2025-03-14", "2025-03-10"},
         {"Europe/Helsinki", utc(2025, 3, 14, 22, 30), "2025-03-15", "2025-03-10"},
-        {"Europe/Helsinki", utc(2025, 3, 16, 22, 0), "2025-03-17", "2025-03-17"},
         // West of UTC: early UTC mornings still belong to the previous local day.
         {"America/Los_Angeles", utc(2025, 3, 15, 6, 30), "2025-03-14", "2025-03-10"},
         {"America/Los_Angeles", utc(2025, 3, 17, 6, 59), "2025-03-16", "2025-03-10"},
@@ -36,7 +35,6 @@ TEST(PracticeStateDays, DayAndWeekKeys_FollowTheLocalCalendarDayOfTheZone)
         {"America/Sao_Paulo", utc(2018, 11, 4, 3, 0), "2018-11-04", "2018-10-29"},
         {"America/Sao_Paulo", utc(2018, 11, 5, 1, 59), "2018-11-04", "2018-10-29"}, // now two hours behind UTC
         {"America/Sao_Paulo", utc(2018, 11, 5, 2, 0), "2018-11-05", "2018-11-05"},
-        {"America/Sao_Paulo", utc(2018, 11, 6, 12, 0), "2018-11-06", "2018-11-05"},
         // ... and back from midnight to 23:00 on Saturday the 16th of February 2019: the hour repeats.
         {"America/Sao_Paulo", utc(2019, 2, 17, 1, 30), "2019-02-16", "2019-02-11"},
         {"America/Sao_Paulo", utc(2019, 2, 17, 2, 30), "2019-02-16", "2019-02-11"},
@@ -45,15 +43,10 @@ TEST(PracticeStateDays, DayAndWeekKeys_FollowTheLocalCalendarDayOfTheZone)
         {"Pacific/Apia", utc(2011, 12, 29, 10, 0), "2011-12-29", "2011-12-26"},
         {"Pacific/Apia", utc(2011, 12, 30, 9, 59, 59), "2011-12-29", "2011-12-26"},
         {"Pacific/Apia", utc(2011, 12, 30, 10, 0), "2011-12-31", "2011-12-26"},
-        {"Pacific/Apia", utc(2011, 12, 31, 10, 0), "2012-01-01", "2011-12-26"},
         {"Pacific/Apia", utc(2012, 1, 1, 10, 0), "2012-01-02", "2012-01-02"},
-        // Every day of one week, in UTC, maps to its Monday.
+        // In UTC, the first, a middle and the last day of a week map to its Monday.
         {"UTC", utc(2025, 3, 10), "2025-03-10", "2025-03-10"},
-        {"UTC", utc(2025, 3, 11, 12), "2025-03-11", "2025-03-10"},
         {"UTC", utc(2025, 3, 12, 23, 59, 59), "2025-03-12", "2025-03-10"},
-        {"UTC", utc(2025, 3, 13, 6), "2025-03-13", "2025-03-10"},
-        {"UTC", utc(2025, 3, 14, 18), "2025-03-14", "2025-03-10"},
-        {"UTC", utc(2025, 3, 15, 1), "2025-03-15", "2025-03-10"},
         {"UTC", utc(2025, 3, 16, 23, 59, 59), "2025-03-16", "2025-03-10"},
         // A week that begins in the previous month and year.
         {"UTC", utc(2025, 1, 1, 12), "2025-01-01", "2024-12-30"},
@@ -65,21 +58,6 @@ TEST(PracticeStateDays, DayAndWeekKeys_FollowTheLocalCalendarDayOfTheZone)
     }
 }
 
-TEST(PracticeStateDays, DayKey_WritesYearsBelowOneThousandWithLeadingZeros)
-{
-    const std::optional<Instant> day = PracticeState::parseDay("0999-06-01");
-    ASSERT_TRUE(day);
-    EXPECT_EQ(PracticeState::dayKey(*day, UserCalendar::utc()), "0999-06-01");
-}
-
-TEST(PracticeStateDays, ParseDay_GivesMidnightUTCOfTheDay)
-{
-    EXPECT_EQ(PracticeState::parseDay("1970-01-01"), utc(1970, 1, 1));
-    EXPECT_EQ(PracticeState::parseDay("2024-02-29"), utc(2024, 2, 29));
-    EXPECT_EQ(PracticeState::parseDay("2025-03-14"), utc(2025, 3, 14));
-    EXPECT_EQ(PracticeState::parseDay("9999-12-31"), utc(9999, 12, 31));
-}
-
 TEST(PracticeStateDays, ParseDay_RefusesEverythingThatIsNotExactlyADayKey)
 {
     const char* refused[] = {
@@ -87,19 +65,14 @@ TEST(PracticeStateDays, ParseDay_RefusesEverythingThatIsNotExactlyADayKey)
         "2024-02-30",
         "2023-02-29",
         "2024-13-01",
-        "2024-00-10",
-        "2024-01-00",
         "2024-01-32",
         "2024-2-03",
         "2024-02-03T",
         "2024-02-3 ",
-        " 2024-02-3",
         "2024/02/03",
         "24-02-2024",
         "+024-02-03",
-        "-024-02-03",
         "0000-01-01",
-        "2024-02-0x",
         "２０２４-02-03",
         "2024‐02-03", // with a typographic hyphen
         "2024-02-03\n",
@@ -124,9 +97,12 @@ TEST(PracticeStateDays, ParseDay_AnswersTheSameWhenAskedAgainInAnyOrder)
     }
 }
 
-TEST(PracticeStateDays, DayKeys_RoundTripThroughParseDayAcrossYears)
+TEST(PracticeStateDays, DayKeys_RoundTripThroughParseDayAsMidnightUTC)
 {
-    for (const char* key : {"0001-01-01", "1582-10-15", "1900-02-28", "2000-02-29", "2038-01-19", "2100-03-01"}) {
+    EXPECT_EQ(PracticeState::parseDay("1970-01-01"), utc(1970, 1, 1));
+    EXPECT_EQ(PracticeState::parseDay("9999-12-31"), utc(9999, 12, 31));
+    // Years below one thousand keep their leading zeros.
+    for (const char* key : {"0001-01-01", "0999-06-01", "1582-10-15", "1900-02-28", "2000-02-29", "2100-03-01"}) {
         const std::optional<Instant> day = PracticeState::parseDay(key);
         ASSERT_TRUE(day) << key;
         EXPECT_EQ(PracticeState::dayKey(*day, UserCalendar::utc()), key);

@@ -49,39 +49,19 @@ TEST(PracticeStateGrowth, GrowthMoments_DecaysOnePerIdleDayAfterOneDayOfGrace)
         EXPECT_EQ(withLotus(c.lotus).growthMoments("phone", c.readOn, UserCalendar::utc()), c.expected) << c.name;
 }
 
-TEST(PracticeStateGrowth, GrowthMoments_CountsDaysInTheCallersZone)
+TEST(PracticeStateGrowth, GrowthAndNotice_CountDaysInTheCallersZone)
 {
     // 23:30 on the 2nd in Helsinki is still the grace day; an hour later it is the 3rd.
     const PracticeState state = withLotus(LotusProgress(5, "2025-03-01", 5));
     const UserCalendar helsinki = UserCalendar::inTimeZone("Europe/Helsinki");
     EXPECT_EQ(state.growthMoments("phone", utc(2025, 3, 2, 21, 30), helsinki), 5);
     EXPECT_EQ(state.growthMoments("phone", utc(2025, 3, 2, 22, 30), helsinki), 4);
-}
+    EXPECT_EQ(state.growthMoments("money", utc(2025, 3, 2), helsinki), 0) << "no lotus";
 
-TEST(PracticeStateGrowth, GrowthMoments_IsZeroWithoutALotus)
-{
-    PracticeState state;
-    EXPECT_EQ(state.growthMoments("phone", utc(2025, 3, 1), UserCalendar::utc()), 0);
-    state.lotuses["money"] = LotusProgress(3);
-    EXPECT_EQ(state.growthMoments("phone", utc(2025, 3, 1), UserCalendar::utc()), 0);
-    EXPECT_EQ(state.growthMoments("not-a-topic", utc(2025, 3, 1), UserCalendar::utc()), 0);
-}
-
-TEST(PracticeStateGrowth, Growth_IsTheStoredCounterAsAFractionWithoutDecay)
-{
-    EXPECT_DOUBLE_EQ((LotusProgress(1, std::nullopt, 7).growth()), 0.5);
-    EXPECT_DOUBLE_EQ((LotusProgress(21).growth()), 1.0);
-    EXPECT_DOUBLE_EQ((LotusProgress(0).growth()), 0.0);
-    EXPECT_DOUBLE_EQ((LotusProgress(-4).growth()), 0.0);
-    EXPECT_DOUBLE_EQ((LotusProgress(99, "2000-01-01", 14).growth()), 1.0);
-}
-
-TEST(PracticeStateGrowth, Freshness_IsAlwaysFull)
-{
-    const PracticeState state = withLotus(LotusProgress(5, "2024-01-01", 5));
-    EXPECT_EQ(state.freshness("phone", utc(2025, 1, 1), UserCalendar::utc()), 1.0);
-    EXPECT_EQ(state.freshness("money", utc(2025, 1, 1), UserCalendar::utc()), 1.0);
-    EXPECT_EQ(state.freshness("unknown", utc(2025, 1, 1), UserCalendar::utc()), 1.0);
+    // Noticing at 00:30 on the 3rd in Helsinki counts for the 3rd, not the UTC 2nd.
+    const PracticeState noticed = state.notice("phone", utc(2025, 3, 2, 22, 30), helsinki);
+    EXPECT_EQ(noticed.lotuses.at("phone"), (LotusProgress(6, "2025-03-03", 5)));
+    EXPECT_EQ(noticed.practiceDays, PracticeState::StringSet{"2025-03-03"});
 }
 
 TEST(PracticeStateGrowth, Notice_GrowsByOneAndFoldsInTheDecaySinceTheLastNoticing)
@@ -112,16 +92,6 @@ TEST(PracticeStateGrowth, Notice_KeepsAFullLotusFullAndStillCountsTheMoment)
     const PracticeState state = withLotus(LotusProgress(40, "2025-03-01", 14));
     const PracticeState noticed = state.notice("phone", utc(2025, 3, 2), UserCalendar::utc());
     EXPECT_EQ(noticed.lotuses.at("phone"), (LotusProgress(41, "2025-03-02", 14)));
-}
-
-TEST(PracticeStateGrowth, Notice_CountsForTheLocalDateNotTheUTCDate)
-{
-    PracticeState state;
-    state.selected = {"phone"};
-    // 00:30 on the 15th in Helsinki is 22:30 on the 14th in UTC.
-    const PracticeState noticed = state.notice("phone", utc(2025, 3, 14, 22, 30), UserCalendar::inTimeZone("Europe/Helsinki"));
-    EXPECT_EQ(noticed.lotuses.at("phone").lastDay, "2025-03-15");
-    EXPECT_EQ(noticed.practiceDays, PracticeState::StringSet{"2025-03-15"});
 }
 
 TEST(PracticeStateGrowth, Notice_ChangesNothingButTheLotusAndThePracticeDays)
