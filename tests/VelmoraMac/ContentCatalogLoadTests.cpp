@@ -106,40 +106,25 @@ std::vector<DocumentCase> documentCases()
         {"Minimal", [](json&) {}, Outcome::loads},
         {"UnknownMembersEverywhere", [](json& d) { d["version"] = 9; topicNamed(d, "phone")["extra"] = {1, 2}; d["strings"]["en"]["x"] = json::object(); }, Outcome::loads},
         {"EmptyTypedMaps", [](json& d) { d["languages"] = json::object(); d["uiIcons"] = json::object(); d["palette"] = json::object(); }, Outcome::loads},
-        {"ExtraLanguageTable", [](json& d) { d["strings"]["de"] = {{"back", "Zurück"}}; }, Outcome::loads},
-        {"TextValuesOfMixedTypes", [](json& d) { d["strings"]["fr"] = {{"a", 1}, {"b", nullptr}, {"c", {true}}, {"groups", "x"}}; }, Outcome::loads},
         {"AnyIntegerGroup", [](json& d) { topicNamed(d, "phone")["group"] = -3; topicNamed(d, "money")["group"] = 9223372036854775807; }, Outcome::loads},
         {"EmptyTopicTexts", [](json& d) { topicNamed(d, "phone")["names"][0] = ""; }, Outcome::loads},
 
         // The typed part decodes strictly.
         {"TopicsMissing", [](json& d) { d.erase("topics"); }, Outcome::decodingError},
-        {"LanguagesMissing", [](json& d) { d.erase("languages"); }, Outcome::decodingError},
-        {"UIIconsMissing", [](json& d) { d.erase("uiIcons"); }, Outcome::decodingError},
         {"PaletteMissing", [](json& d) { d.erase("palette"); }, Outcome::decodingError},
         {"TopicsAnObject", [](json& d) { d["topics"] = json::object(); }, Outcome::decodingError},
-        {"TopicsNull", [](json& d) { d["topics"] = nullptr; }, Outcome::decodingError},
         {"TopicAString", [](json& d) { d["topics"][3] = "phone"; }, Outcome::decodingError},
         {"TopicWithoutID", [](json& d) { topicNamed(d, "phone").erase("id"); }, Outcome::decodingError},
-        {"TopicWithoutGroup", [](json& d) { topicNamed(d, "phone").erase("group"); }, Outcome::decodingError},
-        {"TopicWithoutColor", [](json& d) { topicNamed(d, "phone").erase("color"); }, Outcome::decodingError},
-        {"TopicWithoutNames", [](json& d) { topicNamed(d, "phone").erase("names"); }, Outcome::decodingError},
-        {"TopicWithoutDescriptions", [](json& d) { topicNamed(d, "phone").erase("descriptions"); }, Outcome::decodingError},
         {"TopicWithoutIcon", [](json& d) { topicNamed(d, "phone").erase("icon"); }, Outcome::decodingError},
         {"NumericID", [](json& d) { d["topics"][0]["id"] = 7; }, Outcome::decodingError},
         {"FractionalGroup", [](json& d) { topicNamed(d, "phone")["group"] = 1.5; }, Outcome::decodingError},
         {"IntegralFractionGroup", [](json& d) { topicNamed(d, "phone")["group"] = 1.0; }, Outcome::decodingError},
-        {"BooleanGroup", [](json& d) { topicNamed(d, "phone")["group"] = true; }, Outcome::decodingError},
-        {"StringGroup", [](json& d) { topicNamed(d, "phone")["group"] = "1"; }, Outcome::decodingError},
-        {"NullGroup", [](json& d) { topicNamed(d, "phone")["group"] = nullptr; }, Outcome::decodingError},
         {"GroupBeyondSigned64Bits", [](json& d) { topicNamed(d, "phone")["group"] = 18446744073709551615ULL; }, Outcome::decodingError},
         {"NumericColor", [](json& d) { topicNamed(d, "phone")["color"] = 0x112233; }, Outcome::decodingError},
-        {"NamesAString", [](json& d) { topicNamed(d, "phone")["names"] = "Phone"; }, Outcome::decodingError},
         {"NumberAmongNames", [](json& d) { topicNamed(d, "phone")["names"][6] = 6; }, Outcome::decodingError},
-        {"NullAmongDescriptions", [](json& d) { topicNamed(d, "phone")["descriptions"][0] = nullptr; }, Outcome::decodingError},
         {"IconAnArray", [](json& d) { topicNamed(d, "phone")["icon"] = json::array(); }, Outcome::decodingError},
         {"LanguagesAnArray", [](json& d) { d["languages"] = {"en"}; }, Outcome::decodingError},
         {"NumericLanguageName", [](json& d) { d["languages"]["fr"] = 2; }, Outcome::decodingError},
-        {"NullUIIcon", [](json& d) { d["uiIcons"]["close"] = nullptr; }, Outcome::decodingError},
         {"NestedPaletteEntry", [](json& d) { d["palette"]["gold"] = {{"hex", "#D9C59A"}}; }, Outcome::decodingError},
         // Decoding comes first: wrong types win over incomplete content.
         {"WrongTypeAndNoStrings", [](json& d) { topicNamed(d, "phone")["group"] = 1.5; d.erase("strings"); }, Outcome::decodingError},
@@ -147,9 +132,7 @@ std::vector<DocumentCase> documentCases()
 
         // The text tables must be an object of objects.
         {"StringsMissing", [](json& d) { d.erase("strings"); }, Outcome::invalidData},
-        {"StringsNull", [](json& d) { d["strings"] = nullptr; }, Outcome::invalidData},
         {"StringsAnArray", [](json& d) { d["strings"] = json::array({json::object()}); }, Outcome::invalidData},
-        {"StringsAString", [](json& d) { d["strings"] = "en"; }, Outcome::invalidData},
         {"TextTableAString", [](json& d) { d["strings"]["fr"] = "Bonjour"; }, Outcome::invalidData},
         {"ExtraTextTableAnArray", [](json& d) { d["strings"]["de"] = json::array(); }, Outcome::invalidData},
 
@@ -164,14 +147,11 @@ std::vector<DocumentCase> documentCases()
         {"SixNames", [](json& d) { topicNamed(d, "craving")["names"].erase(6); }, Outcome::invalidData},
         {"EightNames", [](json& d) { topicNamed(d, "craving")["names"].push_back("extra"); }, Outcome::invalidData},
         {"SixDescriptions", [](json& d) { topicNamed(d, "alcohol")["descriptions"].erase(0); }, Outcome::invalidData},
-        {"NoNames", [](json& d) { topicNamed(d, "alcohol")["names"] = json::array(); }, Outcome::invalidData},
 
         // A table for every practice language.
         {"NoPaliTable", [](json& d) { d["strings"].erase("pi"); }, Outcome::invalidData},
-        {"NoEnglishTable", [](json& d) { d["strings"].erase("en"); }, Outcome::invalidData},
         {"NoRussianTableButAnotherOne", [](json& d) { d["strings"].erase("ru"); d["strings"]["de"] = json::object(); }, Outcome::invalidData},
         {"UpperCaseCode", [](json& d) { d["strings"].erase("hi"); d["strings"]["HI"] = json::object(); }, Outcome::invalidData},
-        {"EmptyStrings", [](json& d) { d["strings"] = json::object(); }, Outcome::invalidData},
     };
 }
 
@@ -186,14 +166,12 @@ TEST_F(ContentCatalogFile, MalformedText_FailsWithTheJSONLibrarysError)
         std::string bytes;
     } cases[] = {
         {"empty file", ""},
-        {"not JSON", "content"},
         {"truncated", valid.substr(0, valid.size() - 1)},
         {"trailing garbage", valid + "]"},
         {"NUL byte after the document", valid + std::string(1, '\0')},
         {"invalid UTF-8 in a text", valid.substr(0, valid.size() - 1) + ",\"x\":\"\xC3\x28\"}"},
         {"deep nesting", valid.substr(0, valid.size() - 1) + ",\"x\":" + std::string(10000, '[') + std::string(10000, ']') + "}"},
         {"array document", "[" + valid + "]"},
-        {"null document", "null"},
     };
     for (const auto& failure : cases)
         expectOutcome(failure.bytes, Outcome::decodingError, failure.name);
@@ -208,14 +186,6 @@ TEST_F(ContentCatalogFile, DecodingErrors_NameTheOffendingMember)
         FAIL() << "loaded";
     } catch (const json::exception& error) {
         EXPECT_NE(std::string(error.what()).find("topics[4].names[2]"), std::string::npos) << error.what();
-    }
-    document = minimalCatalogDocument();
-    document["topics"][5].erase("icon");
-    try {
-        (void)ContentCatalog::fromJSON(document.dump());
-        FAIL() << "loaded";
-    } catch (const json::exception& error) {
-        EXPECT_NE(std::string(error.what()).find("topics[5].icon"), std::string::npos) << error.what();
     }
 }
 
