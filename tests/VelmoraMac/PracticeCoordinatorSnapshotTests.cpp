@@ -58,21 +58,14 @@ TEST_F(PracticeCoordinatorSnapshotTest, Snapshot_HoldsExactlyTheTwelveMembersWit
         keys.push_back(key);
     std::sort(keys.begin(), keys.end());
     EXPECT_EQ(keys, (std::vector<std::string>{"backLabel", "bellSoundEnabled", "daysLabel", "daysSuffix", "errorLabel", "language", "noticeLabel", "savedLabel", "settingsLabel", "topics", "version", "waterSoundEnabled"}));
-    EXPECT_TRUE(snapshot["version"].is_number_integer());
     EXPECT_EQ(snapshot["version"], 1);
     EXPECT_EQ(snapshot["language"], "en");
     EXPECT_EQ(snapshot["waterSoundEnabled"], false);
     EXPECT_EQ(snapshot["bellSoundEnabled"], true);
-    EXPECT_EQ(snapshot["daysSuffix"], "daysSuffix in en");
-    EXPECT_EQ(snapshot["settingsLabel"], "settings in en");
     EXPECT_EQ(snapshot["noticeLabel"], "notice in en");
     EXPECT_EQ(snapshot["savedLabel"], "noticed in en");
     EXPECT_EQ(snapshot["errorLabel"], "saveError in en");
-}
-
-TEST_F(PracticeCoordinatorSnapshotTest, Snapshot_ReplacesTheCountOnlyInTheDaysLabel)
-{
-    const json snapshot = json::parse(coordinatorWith(practising()).snapshot());
+    // The count is replaced in the days label only.
     EXPECT_EQ(snapshot["daysLabel"], "2 days in en");
     EXPECT_EQ(snapshot["backLabel"], "back, not {count}");
 }
@@ -92,10 +85,8 @@ TEST_F(PracticeCoordinatorSnapshotTest, Topics_AreTheSelectedOnesInCatalogOrderW
     EXPECT_EQ(phone["title"], "phone (en)");
     EXPECT_EQ(phone["moments"], 9);
     EXPECT_EQ(phone["growthMoments"], 6);
-    EXPECT_TRUE(phone["freshness"].is_number());
     EXPECT_EQ(phone["freshness"], 1.0);
     EXPECT_EQ(phone["color"], "#112233");
-    EXPECT_EQ(phone["icon"], "aWNvbg==");
     EXPECT_EQ(topics[1]["moments"], 0) << "selected, never noticed";
     EXPECT_EQ(topics[1]["growthMoments"], 0);
 }
@@ -108,27 +99,6 @@ TEST_F(PracticeCoordinatorSnapshotTest, Snapshot_FollowsTheResolvedLanguage)
     EXPECT_EQ(snapshot["language"], "pi");
     EXPECT_EQ(snapshot["topics"][0]["title"], "phone (pi)");
     EXPECT_EQ(snapshot["daysLabel"], "2 days in pi");
-}
-
-TEST_F(PracticeCoordinatorSnapshotTest, Topics_AreAnEmptyArrayWhenNothingIsSelected)
-{
-    const json snapshot = json::parse(coordinatorWith(PracticeState()).snapshot());
-    EXPECT_TRUE(snapshot["topics"].is_array());
-    EXPECT_TRUE(snapshot["topics"].empty());
-    EXPECT_EQ(snapshot.size(), 12U);
-}
-
-TEST_F(PracticeCoordinatorSnapshotTest, TextThatIsNotUTF8_CannotReachTheRenderer)
-{
-    // A content file with such a text is refused when read, and an envelope
-    // around such a text is dropped rather than sent half-escaped.
-    nlohmann::json catalog = test::coordinatorCatalogDocument();
-    catalog["strings"]["en"]["notice"] = "caf-MARK";
-    std::string bytes = catalog.dump();
-    bytes.replace(bytes.find("-MARK"), 5, "\xC3");
-    EXPECT_THROW((void)ContentCatalog::fromJSON(bytes), nlohmann::json::exception);
-
-    EXPECT_EQ(EventEnvelope::wrap("caf\xC3"), std::nullopt);
 }
 
 TEST_F(PracticeCoordinatorSnapshotTest, Envelope_CarriesTheSnapshotAsAString)
@@ -144,6 +114,8 @@ TEST_F(PracticeCoordinatorSnapshotTest, Envelope_CarriesTheSnapshotAsAString)
     ASSERT_TRUE(parsed["payload"].is_string());
     EXPECT_EQ(json::parse(parsed["payload"].get<std::string>()), json::parse(m_snapshots[0]));
     EXPECT_EQ(envelope->find('\n'), std::string::npos) << "compact";
+    // Text that is not UTF-8 is dropped rather than sent half-escaped.
+    EXPECT_EQ(EventEnvelope::wrap("caf\xC3"), std::nullopt);
 }
 
 TEST_F(PracticeCoordinatorSnapshotTest, EveryChange_EmitsTheNewestSnapshot)

@@ -71,16 +71,6 @@ protected:
     int m_settingsOpened = 0;
 };
 
-TEST_F(PracticeCoordinatorTest, InitialValues_AreTheDefaultsUntilLoaded)
-{
-    EXPECT_EQ(coordinator().state().get(), PracticeState());
-    EXPECT_EQ(coordinator().page().get(), "welcome");
-    EXPECT_FALSE(coordinator().loadFailed().get());
-    EXPECT_FALSE(coordinator().errorText().get());
-    EXPECT_FALSE(coordinator().loginEnabled().get());
-    EXPECT_TRUE(m_reminders->scheduled.empty());
-}
-
 TEST_F(PracticeCoordinatorTest, Load_ChoosesThePageFromTheStoredState)
 {
     struct PageCase {
@@ -292,15 +282,6 @@ TEST_F(PracticeCoordinatorTest, PermissionAnswer_AfterTheCoordinatorIsGone_DoesN
     EXPECT_FALSE(m_reminders->onPermissionDenied()) << "the coordinator takes its callback with it";
 }
 
-TEST_F(PracticeCoordinatorTest, PermissionDeniedCallback_IsInstalledOnTheScheduler)
-{
-    ASSERT_TRUE(m_reminders->onPermissionDenied());
-    m_reminders->onPermissionDenied()(true);
-    EXPECT_TRUE(coordinator().reminderPermissionDenied().get());
-    m_reminders->onPermissionDenied()(false);
-    EXPECT_FALSE(coordinator().reminderPermissionDenied().get());
-}
-
 TEST_F(PracticeCoordinatorTest, SetLoginLaunch_ReportsFailureInTheLanguageAndRereadsTheStatus)
 {
     coordinator().load();
@@ -333,7 +314,6 @@ TEST_F(PracticeCoordinatorTest, LanguageIndex_FollowsTheStoredChoiceThenTheSyste
     const LanguageCase cases[] = {
         {"system", {"fr_FR"}, 2},
         {"system", {"de_DE"}, 1},
-        {"system", {}, 1},
         {"pi", {"fr_FR"}, 6},
         {"ru", {}, 0},
     };
@@ -346,23 +326,6 @@ TEST_F(PracticeCoordinatorTest, LanguageIndex_FollowsTheStoredChoiceThenTheSyste
         coordinator().load();
         EXPECT_EQ(coordinator().languageIndex(), c.index) << c.stored;
     }
-}
-
-TEST_F(PracticeCoordinatorTest, PublishedProperties_NotifyBeforeEachChange)
-{
-    std::vector<std::pair<std::string, std::string>> seen;
-    Subscription subscription = coordinator().page().observe([&](const std::string& upcoming) { seen.emplace_back(coordinator().page().get(), upcoming); });
-    coordinator().setPage("guide");
-    coordinator().setPage("guide");
-    subscription.cancel();
-    coordinator().setPage("language");
-    EXPECT_EQ(seen, (std::vector<std::pair<std::string, std::string>>{{"welcome", "guide"}, {"guide", "guide"}}));
-}
-
-TEST_F(PracticeCoordinatorTest, NotificationSettings_AreOpenedThroughTheOpener)
-{
-    coordinator().openNotificationSettings();
-    EXPECT_EQ(m_settingsOpened, 1);
 }
 
 } // namespace

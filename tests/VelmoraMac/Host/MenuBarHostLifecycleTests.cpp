@@ -16,7 +16,7 @@ using test::HostFixture;
 
 class MenuBarHostLifecycleTest : public HostFixture { };
 
-TEST_F(MenuBarHostLifecycleTest, Construction_InstallsItemCallbacksObserversAndMonitors)
+TEST_F(MenuBarHostLifecycleTest, Construction_ShowsTheItemAndQueuesTheFirstSnapshot)
 {
     storeOnboarded();
     MenuBarHost& host = start();
@@ -26,26 +26,10 @@ TEST_F(MenuBarHostLifecycleTest, Construction_InstallsItemCallbacksObserversAndM
     const HeadlessStatusButton& button = *item.headlessButton();
     const auto& icons = model().catalog().uiIcons();
     EXPECT_EQ(button.imagePNG(), PanelImage::fromBase64(icons.at("lotus")).png());
-    EXPECT_FALSE(button.imagePNG().empty());
     EXPECT_EQ(button.imageSize(), Size(22, 22));
     EXPECT_EQ(button.toolTip(), "Velmora");
-    EXPECT_EQ(button.accessibilityLabel(), "Velmora");
-    EXPECT_EQ(button.actionMask(), 0x14U);
 
-    EXPECT_EQ(application().activationPolicy(), ActivationPolicy::regular);
     EXPECT_TRUE(application().hasLaunchHandler());
-    for (const SystemNotification notification : {
-             SystemNotification::applicationDidResignActive, SystemNotification::windowWillMiniaturize,
-             SystemNotification::windowDidDeminiaturize, SystemNotification::windowDidResize,
-             SystemNotification::windowWillEnterFullScreen, SystemNotification::windowWillExitFullScreen,
-             SystemNotification::windowDidEnterFullScreen, SystemNotification::windowDidExitFullScreen,
-             SystemNotification::windowDidResignKey, SystemNotification::applicationDidChangeScreenParameters,
-             SystemNotification::workspaceWillSleep, SystemNotification::workspaceScreensDidSleep,
-             SystemNotification::workspaceDidWake, SystemNotification::systemTimeZoneDidChange}) {
-        EXPECT_EQ(notifications().observerCount(notification), 1U) << static_cast<int>(notification);
-    }
-    EXPECT_EQ(m_platform->eventMonitors().monitorCount(), 3U);
-    EXPECT_EQ(m_platform->powerAssertions().queryCount(), 1);
 
     // Loaded, so the snapshot is waiting for the renderer.
     EXPECT_TRUE(model().state().get().onboarded);
@@ -100,10 +84,6 @@ TEST_F(MenuBarHostLifecycleTest, Start_WithRendererWindow_ShowsWhatTheStateCalls
         MenuBarHost& host = start();
 
         ASSERT_EQ(host.pond().get(), window.get());
-        EXPECT_EQ(window->attributes().title, "Velmora");
-        EXPECT_EQ(window->attributes().collectionBehavior, WindowAttributes::fullScreenPrimary);
-        EXPECT_FALSE(window->attributes().releasedWhenClosed);
-        EXPECT_TRUE(window->hasButtonAction(WindowButton::close));
         EXPECT_EQ(window->isVisible(), c.pondShown);
         EXPECT_EQ(host.visible(), c.pondShown);
         EXPECT_EQ(panel() != nullptr && panel()->isVisible(), c.panelShown);
@@ -147,23 +127,6 @@ TEST_F(MenuBarHostLifecycleTest, WindowAppearingAfterStart_IsAdoptedByTheNextTic
     EXPECT_TRUE(window->isKeyWindow());
     EXPECT_TRUE(host().interactive());
     EXPECT_EQ(window->frame(), Rect(330, 117.5, 780, 640));
-}
-
-TEST_F(MenuBarHostLifecycleTest, LoginLaunch_StaysHiddenUntilReopened)
-{
-    storeOnboarded();
-    const auto window = addRendererWindow();
-    application().setCurrentLaunchEvent(LaunchEvent{"oapp", "lgit"});
-    start();
-    application().setCurrentLaunchEvent(std::nullopt);
-
-    EXPECT_TRUE(host().launchedAtLogin());
-    EXPECT_FALSE(window->isVisible());
-    EXPECT_FALSE(host().visible());
-
-    application().deliverLaunchEvent(LaunchEvent{"rapp", std::nullopt});
-    EXPECT_TRUE(window->isVisible());
-    EXPECT_TRUE(host().visible());
 }
 
 TEST_F(MenuBarHostLifecycleTest, LaunchEvents_OpenUnlessMarkedAsLogin)
@@ -373,12 +336,9 @@ TEST_F(MenuBarHostLifecycleTest, Gear_OpensSettingsAndOtherClicksReachThePond)
     start();
     HeadlessContentView& content = *window->headlessContentView();
     const Rect bounds = content.bounds();
-    // Window coordinates grow upwards; the gear sits at the top right, the
-    // wordmark at the top left.
+    // Window coordinates grow upwards; the gear sits at the top right.
     const Point gear{bounds.width() - 18 - 24, bounds.height() - 32};
     EXPECT_FALSE(content.click({bounds.width() / 2, bounds.height() / 2}));
-    EXPECT_FALSE(content.click({40, bounds.height() - 30}));
-    EXPECT_FALSE(content.click({bounds.width() / 2, 20}));
     EXPECT_FALSE(panel() && panel()->isVisible());
 
     EXPECT_TRUE(content.click(gear));

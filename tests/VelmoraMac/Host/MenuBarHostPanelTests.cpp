@@ -103,16 +103,5 @@ TEST_F(MenuBarHostPanelTest, Pages_ReadTheLoginItemWhenShownAndWhenTheUserComesB
     EXPECT_TRUE(host().interactive());
 }
 
-TEST_F(MenuBarHostPanelTest, Pages_UseThePlatformsBrowserAndLoginItemSettings)
-{
-    storeOnboarded();
-    start();
-    host().settings();
-    pages().openPrivacyPolicy();
-    pages().openLoginItemsSettings();
-    EXPECT_EQ(m_platform->urlOpener().opened(), std::vector<std::string>{std::string(PracticeView::privacyURL)});
-    EXPECT_EQ(m_platform->loginItemService().requests().back(), HeadlessLoginItemService::Request::openLoginItemsSettings);
-}
-
 } // namespace
 } // namespace velmora

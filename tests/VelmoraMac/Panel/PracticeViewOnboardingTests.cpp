@@ -36,24 +36,14 @@ TEST_F(PracticeViewOnboardingTest, FreshInstall_WalksFromWelcomeThroughTheFiveSt
     start();
     ASSERT_EQ(page(), "welcome");
 
-    // Welcome: the wordmark, no way back, the privacy line, "begin".
+    // Welcome: the wordmark, no way back, "begin".
     PanelBody body = view().body();
     EXPECT_EQ(body.header.title.text, "velmora");
-    EXPECT_EQ(body.header.title.design, PanelText::Design::serif);
-    EXPECT_EQ(body.header.title.style, PanelText::Style::italic);
-    EXPECT_EQ(body.header.title.tracking, 1.5);
-    EXPECT_TRUE(body.header.title.accessibilityIdentifier.empty());
     EXPECT_FALSE(body.header.back);
     EXPECT_FALSE(body.header.cancel);
-    EXPECT_EQ(body.header.close.accessibilityIdentifier, "settings.close");
     EXPECT_FALSE(body.steps);
     EXPECT_EQ(body.background, color("ink")) << "opaque before onboarding";
-    const auto& welcome = shownPage<WelcomePage>(body);
-    EXPECT_EQ(welcome.title.text, text("welcomeTitle"));
-    EXPECT_EQ(welcome.lotus.size, 68);
-    EXPECT_EQ(welcome.lotus.tint, color("gold"));
-    EXPECT_FALSE(welcome.lotus.image.empty());
-    EXPECT_EQ(welcome.privacy.text, text("privacy"));
+    (void)shownPage<WelcomePage>(body);
     ASSERT_TRUE(body.footer);
     EXPECT_FALSE(body.footer->counter);
     EXPECT_EQ(body.footer->primary.label->text, text("begin"));
@@ -63,13 +53,11 @@ TEST_F(PracticeViewOnboardingTest, FreshInstall_WalksFromWelcomeThroughTheFiveSt
     ASSERT_EQ(page(), "selection");
     body = view().body();
     ASSERT_TRUE(body.header.back);
-    EXPECT_EQ(body.header.back->accessibilityLabel, text("back"));
     EXPECT_FALSE(body.header.cancel) << "no cancel before onboarding";
     ASSERT_TRUE(body.steps);
     EXPECT_EQ(body.steps->steps, (std::vector<Color>{color("gold"), color("muted").withOpacity(0.15), color("muted").withOpacity(0.15), color("muted").withOpacity(0.15), color("muted").withOpacity(0.15)}));
     const auto& first = shownPage<SelectionPage>(body);
     EXPECT_EQ(first.title.text, model().catalog().group(0, "en"));
-    EXPECT_EQ(first.body.text, text("selectionBody"));
     EXPECT_EQ(topicIDs(first), (std::vector<std::string>{"alcohol", "smoking", "drugs", "overeating"}));
     EXPECT_EQ(body.footer->counter->text, text("selected", 0));
     EXPECT_EQ(body.footer->primary.label->text, text("next"));
@@ -80,9 +68,6 @@ TEST_F(PracticeViewOnboardingTest, FreshInstall_WalksFromWelcomeThroughTheFiveSt
     body = view().body();
     const TopicCard& chosen = card(shownPage<SelectionPage>(body), "alcohol");
     EXPECT_TRUE(chosen.selected);
-    EXPECT_EQ(chosen.background, PanelStyle::selectedTopicBackground());
-    EXPECT_EQ(chosen.check.name, "checked");
-    EXPECT_EQ(chosen.check.tint, color("primary"));
     ASSERT_TRUE(chosen.icon);
     EXPECT_EQ(chosen.icon->tint, Color::mobileHex("#EBB45E")) << "the topic's own colour";
     EXPECT_EQ(body.footer->counter->text, text("selected", 1));
@@ -90,9 +75,6 @@ TEST_F(PracticeViewOnboardingTest, FreshInstall_WalksFromWelcomeThroughTheFiveSt
     body = view().body();
     const TopicCard& unchosen = card(shownPage<SelectionPage>(body), "alcohol");
     EXPECT_FALSE(unchosen.selected);
-    EXPECT_EQ(unchosen.background, PanelStyle::topicBackground());
-    EXPECT_EQ(unchosen.check.name, "unchecked");
-    EXPECT_EQ(unchosen.icon->tint, color("muted"));
     EXPECT_TRUE(state().selected.empty()) << "nothing is saved before the last step";
 
     for (std::int64_t group = 1; group <= 4; ++group) {
@@ -103,7 +85,6 @@ TEST_F(PracticeViewOnboardingTest, FreshInstall_WalksFromWelcomeThroughTheFiveSt
     // The last step with nothing chosen asks for a choice and holds the button.
     body = view().body();
     const auto& last = shownPage<SelectionPage>(body);
-    EXPECT_EQ(last.body.text, text("poisonsBody"));
     EXPECT_EQ(topicIDs(last), (std::vector<std::string>{"craving", "aversion", "delusion"}));
     EXPECT_EQ(body.steps->steps, std::vector<Color>(5, color("gold")));
     EXPECT_EQ(body.footer->counter->text, text("chooseOne", 0));
@@ -126,9 +107,6 @@ TEST_F(PracticeViewOnboardingTest, FreshInstall_WalksFromWelcomeThroughTheFiveSt
     EXPECT_FALSE(body.footer->counter);
     EXPECT_EQ(body.footer->primary.label->text, text("enterPond"));
     const auto& intro = shownPage<LoginIntroPage>(body);
-    EXPECT_EQ(intro.title.text, text("menuWelcome"));
-    EXPECT_EQ(intro.body.text, text("menuFind"));
-    EXPECT_EQ(intro.illustration.lotus.name, "lotus");
     EXPECT_FALSE(intro.login.toggle.control.isOn);
     tap(intro.login.toggle.toggle);
     EXPECT_EQ(m_login->requests, std::vector<bool>{true});
@@ -142,11 +120,8 @@ TEST_F(PracticeViewOnboardingTest, FreshInstall_WalksFromWelcomeThroughTheFiveSt
     EXPECT_FALSE(body.footer);
     EXPECT_FALSE(body.header.back);
     EXPECT_EQ(body.header.title.text, text("settings"));
-    EXPECT_EQ(body.header.title.accessibilityIdentifier, "settings.heading");
     EXPECT_EQ(body.background, color("ink").withOpacity(0.8));
     const auto& hint = shownPage<ExplanationPage>(body);
-    EXPECT_EQ(hint.title.text, text("hintTitle"));
-    EXPECT_EQ(hint.understood.label->text, text("understood"));
     tap(hint.understood.action);
     EXPECT_TRUE(savedState().hintSeen);
     EXPECT_EQ(m_pondEntered, 1);
@@ -203,8 +178,6 @@ TEST_F(PracticeViewOnboardingTest, WorkingSelection_SurvivesBackCancelAndCloseAn
     EXPECT_EQ(view().group(), 0);
     const PanelBody body = view().body();
     ASSERT_TRUE(body.header.cancel);
-    EXPECT_EQ(body.header.cancel->label->text, text("cancel"));
-    EXPECT_EQ(body.header.cancel->label->color, color("gold"));
     tap(body.header.cancel->action);
     EXPECT_EQ(page(), "settings");
     EXPECT_EQ(view().selected(), (PracticeState::StringSet{"alcohol", "phone"}));
@@ -247,23 +220,6 @@ TEST_F(PracticeViewOnboardingTest, GroupWithoutTopics_ShowsAnEmptyListAndStillAd
     EXPECT_TRUE(shownPage<SelectionPage>(view().body()).topics.empty());
     view().advance();
     EXPECT_EQ(view().group(), 2);
-}
-
-TEST_F(PracticeViewOnboardingTest, TopicWhoseIconIsNoImage_HasNoIconButKeepsItsCard)
-{
-    nlohmann::json content = test::shippedContentDocument();
-    content["topics"][0]["icon"] = "aWNvbg=="; // decodes, but not to an image
-    content["topics"][1]["icon"] = "not base64!";
-    rebuild(content);
-    model().load();
-    view().advance();
-    const PanelBody body = view().body();
-    const auto& selection = shownPage<SelectionPage>(body);
-    ASSERT_GE(selection.topics.size(), 3U);
-    EXPECT_FALSE(selection.topics[0].icon);
-    EXPECT_FALSE(selection.topics[1].icon);
-    ASSERT_TRUE(selection.topics[2].icon);
-    EXPECT_EQ(selection.topics[2].icon->size, 32);
 }
 
 TEST_F(PracticeViewOnboardingTest, Appear_FillsTheWorkingSelectionAndReadsTheLoginStatusOnlyTheFirstTime)

@@ -19,35 +19,6 @@ protected:
     SettingsPage settings() { return shownPage<SettingsPage>(view().body()); }
 };
 
-TEST_F(PracticeViewSettingsTest, SettingsPage_ShowsEverySectionForTheSavedState)
-{
-    start(onboardedState());
-    ASSERT_EQ(page(), "settings");
-    const PanelBody body = view().body();
-    EXPECT_FALSE(body.footer);
-    EXPECT_FALSE(body.steps);
-    EXPECT_FALSE(body.header.back);
-    EXPECT_EQ(body.header.title.text, text("settings"));
-    EXPECT_EQ(body.header.title.accessibilityIdentifier, "settings.heading");
-
-    const auto& page = shownPage<SettingsPage>(body);
-    EXPECT_EQ(page.language.row.subtitle->text, text("systemLanguage"));
-    EXPECT_EQ(page.language.row.trailing->name, "expand");
-    EXPECT_EQ(page.language.row.icon->tint, color("gold"));
-    EXPECT_EQ(page.sounds.water.title.text, text("waterSound"));
-    EXPECT_EQ(page.sounds.water.stateWord.text, text("stateOn"));
-    EXPECT_EQ(page.topics.topics.subtitle->text, text("retained"));
-    EXPECT_FALSE(page.topics.guide.subtitle);
-    EXPECT_EQ(page.reminder.toggle.accessibilityIdentifier, "reminder.toggle");
-    EXPECT_EQ(page.reminder.toggle.body.text, text("reminderBody"));
-    EXPECT_EQ(page.reminder.toggle.body.color, color("muted"));
-    EXPECT_FALSE(page.reminder.openSettings);
-    EXPECT_FALSE(page.reminder.time.enabled) << "reminders are off by default";
-    EXPECT_EQ(page.privacy.title.text, text("localOnly"));
-    EXPECT_EQ(page.footer.text, "velmora");
-    EXPECT_EQ(page.footer.color, color("muted"));
-}
-
 TEST_F(PracticeViewSettingsTest, LanguagePage_ListsSystemAndEveryLanguageAndClosesOnlyWhenTheChoiceIsSaved)
 {
     nlohmann::json content = test::shippedContentDocument();
@@ -59,7 +30,6 @@ TEST_F(PracticeViewSettingsTest, LanguagePage_ListsSystemAndEveryLanguageAndClos
     tap(settings().language.row.action);
     ASSERT_EQ(page(), "language");
     PanelBody body = view().body();
-    EXPECT_EQ(body.header.title.text, text("language"));
     ASSERT_TRUE(body.header.back);
     const auto& languages = shownPage<LanguagePage>(body);
     std::vector<std::string> codes;
@@ -69,8 +39,6 @@ TEST_F(PracticeViewSettingsTest, LanguagePage_ListsSystemAndEveryLanguageAndClos
     EXPECT_EQ(languages.choices[0].row.title.text, text("systemLanguage"));
     EXPECT_EQ(languages.choices[3].row.title.text, "Français");
     EXPECT_EQ(languages.choices[7].row.title.text, "pi") << "a language the catalog has no name for shows its code";
-    EXPECT_EQ(languages.choices[0].row.trailing->name, "checked");
-    EXPECT_EQ(languages.choices[3].row.trailing->name, "unchecked");
 
     // Saved: the panel speaks French at once and returns to the settings.
     tap(languages.choices[3].row.action);
@@ -88,8 +56,6 @@ TEST_F(PracticeViewSettingsTest, LanguagePage_ListsSystemAndEveryLanguageAndClos
     body = view().body();
     ASSERT_TRUE(body.errorLine);
     EXPECT_EQ(body.errorLine->text, model().catalog().text("saveError", "fr"));
-    EXPECT_EQ(body.errorLine->color, PanelStyle::errorRed());
-    EXPECT_EQ(body.errorLine->size, 14);
 
     tap(body.header.back->action);
     EXPECT_EQ(page(), "settings");
@@ -104,8 +70,6 @@ TEST_F(PracticeViewSettingsTest, SoundSwitches_SaveAtOnceAndShowTheirState)
 
     const SettingsPage::Sounds sounds = settings().sounds;
     EXPECT_EQ(sounds.water.stateWord.text, text("stateOff"));
-    EXPECT_EQ(sounds.water.control, (PanelSwitch{false, color("surfaceContainerHighest"), color("outline"), 2, color("outline"), 16, 8, 32}));
-    EXPECT_EQ(sounds.bell.control, (PanelSwitch{true, color("primary"), std::nullopt, 0, color("onPrimary"), 24, 4, 32}));
 
     tap(sounds.bell.toggle);
     tap(settings().sounds.water.toggle);
@@ -126,10 +90,8 @@ TEST_F(PracticeViewSettingsTest, ReminderSwitch_WithPermissionGranted_SavesAndEn
     EXPECT_TRUE(savedState().reminderEnabled);
     const SettingsPage::Reminder reminder = settings().reminder;
     EXPECT_TRUE(reminder.toggle.control.isOn);
-    EXPECT_EQ(reminder.toggle.body.text, text("reminderBody"));
     EXPECT_FALSE(reminder.openSettings);
     EXPECT_TRUE(reminder.time.enabled);
-    EXPECT_EQ(reminder.time.tint, color("gold"));
 
     tap(reminder.toggle.toggle);
     EXPECT_FALSE(savedState().reminderEnabled);
@@ -146,10 +108,8 @@ TEST_F(PracticeViewSettingsTest, ReminderSwitch_WithPermissionDenied_WarnsOffers
     const SettingsPage::Reminder reminder = settings().reminder;
     EXPECT_FALSE(reminder.toggle.control.isOn);
     EXPECT_EQ(reminder.toggle.body.text, text("permissionDenied"));
-    EXPECT_EQ(reminder.toggle.body.color, color("gold"));
     ASSERT_TRUE(reminder.openSettings);
     EXPECT_EQ(reminder.openSettings->label->text, text("notificationSettings"));
-    EXPECT_EQ(reminder.openSettings->accessibilityIdentifier, "reminder.openSettings");
     EXPECT_FALSE(reminder.time.enabled);
     tap(reminder.openSettings->action);
     EXPECT_EQ(m_notificationSettingsOpened, 1);
@@ -191,7 +151,6 @@ TEST_F(PracticeViewSettingsTest, TimePicker_ReadsTodayInTheUsersCalendarAndWrite
     EXPECT_EQ(picker.date, utc(2025, 3, 15, 18, 0));
     EXPECT_EQ(picker.hour, 20);
     EXPECT_EQ(picker.minute, 0);
-    EXPECT_EQ(picker.label.text, text("time"));
 
     picker.pick(utc(2025, 3, 20, 4, 45, 30));
     EXPECT_EQ(savedState().reminderHour, 6);
@@ -232,7 +191,6 @@ TEST_F(PracticeViewSettingsTest, LoginBlock_ShowsApprovalAndErrorsAndOpensTheLog
     LoginBlock login = settings().login;
     EXPECT_TRUE(login.toggle.control.isOn) << "waiting for approval counts as on";
     ASSERT_TRUE(login.approval);
-    EXPECT_EQ(login.approval->size, 14);
     ASSERT_TRUE(login.openSettings);
     EXPECT_EQ(login.openSettings->label->text, text("loginSettings"));
     tap(login.openSettings->action);
@@ -263,29 +221,15 @@ TEST_F(PracticeViewSettingsTest, GuideAndPrivacy_OpenTheGuideAndThePrivacyPage)
     PanelBody body = view().body();
     EXPECT_TRUE(body.header.back);
     const auto& guide = shownPage<ExplanationPage>(body);
-    EXPECT_EQ(guide.title.text, text("hintTitle"));
     tap(guide.understood.action);
     EXPECT_EQ(page(), "settings");
     EXPECT_EQ(m_pondEntered, 0) << "the guide is not the hint: no pond";
 
     const SettingsPage::Privacy privacy = settings().privacy;
     EXPECT_EQ(privacy.link.label.text, text("privacyPolicy"));
-    EXPECT_EQ(privacy.link.icon.size, 18);
     tap(privacy.link.open);
     ASSERT_EQ(m_urlOpener->opened().size(), 1U);
     EXPECT_TRUE(m_urlOpener->opened()[0].ends_with("/privacy/"));
-}
-
-TEST_F(PracticeViewSettingsTest, WiltPage_ShowsTheWiltTextsAndLeadsToThePond)
-{
-    start(onboardedState());
-    model().setPage("wilt");
-    const PanelBody body = view().body();
-    const auto& wilt = shownPage<ExplanationPage>(body);
-    EXPECT_EQ(wilt.title.text, text("wiltTitle"));
-    EXPECT_EQ(wilt.body.text, text("wiltBody"));
-    tap(wilt.understood.action);
-    EXPECT_EQ(m_pondEntered, 1);
 }
 
 TEST_F(PracticeViewSettingsTest, FailedLoad_ShowsOnlyTheErrorPageUntilARetrySucceeds)
@@ -300,10 +244,8 @@ TEST_F(PracticeViewSettingsTest, FailedLoad_ShowsOnlyTheErrorPageUntilARetrySucc
     PanelBody body = view().body();
     const auto& failed = shownPage<LoadErrorPage>(body);
     EXPECT_EQ(failed.message.text, text("loadError"));
-    EXPECT_EQ(failed.retry.label->text, text("retry"));
     EXPECT_FALSE(body.footer) << "not even on the welcome page";
     EXPECT_FALSE(body.errorLine) << "the error is the page itself";
-    EXPECT_EQ(body.background, color("ink"));
 
     tap(failed.retry.action);
     EXPECT_TRUE(model().loadFailed().get()) << "still unreadable";
@@ -312,7 +254,6 @@ TEST_F(PracticeViewSettingsTest, FailedLoad_ShowsOnlyTheErrorPageUntilARetrySucc
     EXPECT_EQ(page(), "settings");
     body = view().body();
     EXPECT_NO_THROW((void)shownPage<SettingsPage>(body));
-    EXPECT_EQ(body.background, color("ink").withOpacity(0.8));
 }
 
 TEST_F(PracticeViewSettingsTest, Close_AsksTheHostForThePondWhenItListens)
