@@ -1,1 +1,392 @@
+#include <chrono>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
 #include <gtest/gtest.h>
+#include <gtk/gtk.h>
+
+#include "VelmoraMac/ContentCatalog.h"
+#include "VelmoraMac/Host/PondChromeView.h"
+#include "VelmoraMac/Platform/Desktop/ChromeOverlayWidget.h"
+#include "VelmoraMac/Platform/Desktop/DesktopContentView.h"
+#include "VelmoraMac/Platform/Desktop/DesktopEventMonitors.h"
+#include "VelmoraMac/Platform/Desktop/DesktopWindow.h"
+#include "VelmoraMac/Platform/Desktop/DesktopWindowSystem.h"
+#include "VelmoraMac/Platform/SystemNotificationHub.h"
+
+namespace velmora {
+namespace {
+
+using namespace std::chrono_literals;
+
+// The shipped content, for the gear's real icon.
+std::filesystem::path contentResource()
+{
+    return std::filesystem::path(__FILE__).parent_path() / "../../../../VelmoraMac/Resources/content.json";
+}
+
+// Iterates GTK's context until `done` holds or ten seconds pass.
+template <typename Done>
+bool waitFor(const Done& done)
+{
+    const auto deadline = std::chrono::steady_clock::now() + 10s;
+    while (!done()) {
+        if (std::chrono::steady_clock::now() > deadline)
+            return false;
+        if (g_main_context_iteration(nullptr, FALSE) == FALSE)
+            g_usleep(2000);
+    }
+    return true;
+}
+
+// Lets the window manager and GTK finish what they were doing.
+void settle()
+{
+    const auto until = std::chrono::steady_clock::now() + 200ms;
+    (void)waitFor([&] { return std::chrono::steady_clock::now() > until; });
+}
+
+// The alpha (0...255) of a pixel of an ARGB32 surface.
+int alphaAt(cairo_surface_t* surface, int x, int y)
+{
+    cairo_surface_flush(surface);
+    const unsigned char* data = cairo_image_surface_get_data(surface);
+    const auto* pixel = reinterpret_cast<const std::uint32_t*>(data + static_cast<std::ptrdiff_t>(y) * cairo_image_surface_get_stride(surface));
+    return static_cast<int>((pixel[x] >> 24U) & 0xFFU);
+}
+
+gboolean paintGreen(GtkWidget* /*widget*/, cairo_t* cairo, gpointer /*data*/)
+{
+    // A plain pond: the chrome's shades show against it.
+    cairo_set_source_rgb(cairo, 0.16, 0.42, 0.38);
+    cairo_paint(cairo);
+    return TRUE;
+}
+
+class DesktopWindowSystemTest : public testing::Test {
+public:
+    DesktopWindowSystemTest(const DesktopWindowSystemTest&) = delete;
+    DesktopWindowSystemTest& operator=(const DesktopWindowSystemTest&) = delete;
+    DesktopWindowSystemTest(DesktopWindowSystemTest&&) = delete;
+    DesktopWindowSystemTest& operator=(DesktopWindowSystemTest&&) = delete;
+
+protected:
+    DesktopWindowSystemTest() = default;
+    ~DesktopWindowSystemTest() override
+    {
+        m_system.reset();
+        for (GtkWidget* window : m_rendererWindows)
+            gtk_widget_destroy(window);
+        settle();
+    }
+
+    void SetUp() override
+    {
+        if (gtk_init_check(nullptr, nullptr) == FALSE)
+            GTEST_SKIP() << "no display";
+        m_monitors = std::make_unique<DesktopEventMonitors>();
+        m_system = std::make_unique<DesktopWindowSystem>(m_notifications, *m_monitors);
+    }
+
+    // A window the way a renderer makes one: a toplevel with a drawing
+    // widget in it.
+    GtkWindow* addRendererWindow(int width = 640, int height = 480)
+    {
+        GtkWidget* window = gtk_window_new(GTK_WINDOW_TOPLEVEL);
+        gtk_window_set_default_size(GTK_WINDOW(window), width, height);
+        GtkWidget* area = gtk_drawing_area_new();
+        g_signal_connect(area, "draw", G_CALLBACK(&paintGreen), nullptr);
+        gtk_container_add(GTK_CONTAINER(window), area);
+        gtk_widget_show(area);
+        m_rendererWindows.push_back(window);
+        return GTK_WINDOW(window);
+    }
+
+    [[nodiscard]] std::shared_ptr<Window> adopted() const
+    {
+        for (const auto& window : m_system->windows()) {
+            if (!window->isPanel())
+                return window;
+        }
+        return nullptr;
+    }
+
+    [[nodiscard]] const std::vector<SystemNotification>& posted() const { return m_notifications->posted(); }
+
+    // A primary-button event at a point of the window's content (top-left
+    // origin), as GDK delivers it to the window.
+    bool sendButton(GdkEventType type, GtkWindow* window, Point point)
+    {
+        GdkWindow* gdkWindow = gtk_widget_get_window(GTK_WIDGET(window));
+        int x = 0;
+        int y = 0;
+        gdk_window_get_origin(gdkWindow, &x, &y);
+        GdkEvent* event = gdk_event_new(type);
+        event->button.window = GDK_WINDOW(g_object_ref(gdkWindow));
+        event->button.button = GDK_BUTTON_PRIMARY;
+        event->button.x = point.x;
+        event->button.y = point.y;
+        event->button.x_root = x + point.x;
+        event->button.y_root = y + point.y;
+        gdk_event_set_device(event, gdk_seat_get_pointer(gdk_display_get_default_seat(gdk_display_get_default())));
+        const bool consumed = m_monitors->handle(event);
+        gdk_event_free(event);
+        return consumed;
+    }
+
+    std::shared_ptr<SystemNotificationHub> m_notifications = std::make_shared<SystemNotificationHub>();
+    std::unique_ptr<DesktopEventMonitors> m_monitors;
+    std::unique_ptr<DesktopWindowSystem> m_system;
+    std::vector<GtkWidget*> m_rendererWindows;
+    ContentCatalog m_catalog{contentResource()};
+};
+
+TEST_F(DesktopWindowSystemTest, Adoption_TakesTheFirstNormalWindowWithContentAndLetsItGoWhenDestroyed)
+{
+    GtkWidget* empty = gtk_window_new(GTK_WINDOW_TOPLEVEL);
+    m_rendererWindows.push_back(empty);
+    GtkWidget* popup = gtk_window_new(GTK_WINDOW_POPUP);
+    gtk_container_add(GTK_CONTAINER(popup), gtk_label_new("tip"));
+    m_rendererWindows.push_back(popup);
+    EXPECT_EQ(adopted(), nullptr);
+
+    const std::shared_ptr<Window> panel = m_system->createPanel(Rect(100, 100, 300, 200), WindowAttributes{});
+    GtkWindow* renderer = addRendererWindow();
+    const std::shared_ptr<Window> pond = adopted();
+    ASSERT_NE(pond, nullptr);
+    EXPECT_EQ(dynamic_cast<DesktopWindow&>(*pond).gtkWindow(), renderer);
+    EXPECT_NE(pond->contentView(), nullptr);
+    EXPECT_TRUE(panel->isPanel());
+    EXPECT_EQ(m_system->windows().size(), 2U);
+    EXPECT_EQ(adopted(), pond) << "adopted once, not again on every look";
+
+    GtkWidget* widget = GTK_WIDGET(renderer);
+    std::erase(m_rendererWindows, widget);
+    gtk_widget_destroy(widget);
+    EXPECT_EQ(adopted(), nullptr);
+    EXPECT_EQ(m_system->windows().size(), 1U);
+    EXPECT_FALSE(pond->isVisible());
+    pond->orderFront(); // Nothing left to act on.
+}
+
+TEST_F(DesktopWindowSystemTest, Frames_AreInBottomLeftScreenCoordinatesBothWays)
+{
+    const std::vector<Screen> screens = m_system->screens();
+    ASSERT_FALSE(screens.empty());
+    const Rect screen = screens.front().frame;
+    EXPECT_EQ(screen.origin, Point(0, 0));
+    EXPECT_EQ(m_system->mainScreen(), screens.front());
+    EXPECT_LE(screens.front().visibleFrame.height(), screen.height());
+
+    GtkWindow* renderer = addRendererWindow();
+    const std::shared_ptr<Window> pond = adopted();
+    ASSERT_NE(pond, nullptr);
+    const Rect wanted(100, 200, 400, 300);
+    pond->setFrame(wanted, FrameDisplay::immediate);
+    EXPECT_EQ(pond->frame(), wanted);
+    pond->orderFront();
+    ASSERT_TRUE(waitFor([&] { return gtk_widget_get_mapped(GTK_WIDGET(renderer)) && pond->frame() == wanted; })) << pond->frame().minX() << ", " << pond->frame().minY() << " " << pond->frame().width() << " x " << pond->frame().height();
+    settle();
+    EXPECT_EQ(pond->frame(), wanted);
+
+    // The frame's top edge lies 200 + 300 points below the screen's top.
+    GdkRectangle extents;
+    gdk_window_get_frame_extents(gtk_widget_get_window(GTK_WIDGET(renderer)), &extents);
+    EXPECT_EQ(extents.x, 100);
+    EXPECT_EQ(extents.y, static_cast<int>(screen.height()) - 500);
+    EXPECT_EQ(extents.height, 300) << "the title bar is part of the frame";
+}
+
+TEST_F(DesktopWindowSystemTest, ChildWindows_FollowTheirParentUntilRemoved)
+{
+    GtkWindow* renderer = addRendererWindow();
+    const std::shared_ptr<Window> pond = adopted();
+    ASSERT_NE(pond, nullptr);
+    const Rect frame(120, 140, 500, 360);
+    pond->setFrame(frame, FrameDisplay::immediate);
+    const std::shared_ptr<Window> panel = m_system->createPanel(frame, WindowAttributes{});
+    auto& desktopPanel = dynamic_cast<DesktopWindow&>(*panel);
+    pond->addChildWindow(*panel, WindowOrdering::above);
+    EXPECT_EQ(panel->parentWindow(), pond.get());
+    EXPECT_EQ(gtk_window_get_transient_for(desktopPanel.gtkWindow()), renderer);
+    pond->orderFront();
+    EXPECT_TRUE(panel->isVisible()) << "shown with its parent";
+    ASSERT_TRUE(waitFor([&] { return gtk_widget_get_mapped(GTK_WIDGET(desktopPanel.gtkWindow())) && pond->frame() == frame; }));
+
+    // The user drags and resizes the parent through the window manager.
+    gtk_window_move(renderer, 300, 100);
+    gtk_window_resize(renderer, 420, 280);
+    ASSERT_TRUE(waitFor([&] { return pond->frame() != frame && panel->frame() == pond->frame(); }));
+    ASSERT_TRUE(waitFor([&] {
+        GdkRectangle extents;
+        gdk_window_get_frame_extents(gtk_widget_get_window(GTK_WIDGET(desktopPanel.gtkWindow())), &extents);
+        GdkRectangle parent;
+        gdk_window_get_frame_extents(gtk_widget_get_window(GTK_WIDGET(renderer)), &parent);
+        return extents.x == parent.x && extents.y == parent.y && extents.width == parent.width && extents.height == parent.height;
+    })) << "the panel window itself is moved, not only its record";
+    EXPECT_TRUE(waitFor([&] { return std::ranges::count(posted(), SystemNotification::windowDidResize) >= 2; })) << "both windows report their new size";
+
+    pond->removeChildWindow(*panel);
+    EXPECT_EQ(panel->parentWindow(), nullptr);
+    EXPECT_EQ(gtk_window_get_transient_for(desktopPanel.gtkWindow()), nullptr);
+    // The window manager may still be working through the moves the drag
+    // caused.
+    settle();
+    const Rect left = panel->frame();
+    pond->setFrame(Rect(40, 60, 300, 200), FrameDisplay::immediate);
+    settle();
+    EXPECT_EQ(panel->frame(), left);
+
+    // A child ordered below keeps its parent above it instead.
+    panel->addChildWindow(*pond, WindowOrdering::below);
+    EXPECT_EQ(gtk_window_get_transient_for(desktopPanel.gtkWindow()), renderer);
+    EXPECT_EQ(gtk_window_get_transient_for(renderer), nullptr);
+    panel->orderOut();
+    EXPECT_FALSE(pond->isVisible()) << "ordered out with its parent";
+    panel->removeChildWindow(*pond);
+    EXPECT_EQ(gtk_window_get_transient_for(desktopPanel.gtkWindow()), nullptr);
+}
+
+TEST_F(DesktopWindowSystemTest, FullScreen_PostsWillDuringTheCallAndDidOnceTheWindowHasChanged)
+{
+    GtkWindow* renderer = addRendererWindow();
+    const std::shared_ptr<Window> pond = adopted();
+    ASSERT_NE(pond, nullptr);
+    pond->makeKeyAndOrderFront();
+    ASSERT_TRUE(waitFor([&] { return gtk_widget_get_mapped(GTK_WIDGET(renderer)); }));
+    settle();
+    const auto stateIsFullScreen = [&] { return (gdk_window_get_state(gtk_widget_get_window(GTK_WIDGET(renderer))) & GDK_WINDOW_STATE_FULLSCREEN) != 0; };
+
+    // In and out again with a window manager; without one the window
+    // never changes, so the second toggle tries to enter again.
+    for (int toggle = 0; toggle < 2; ++toggle) {
+        const bool entering = !pond->isFullScreen();
+        SCOPED_TRACE(entering ? "entering" : "leaving");
+        const SystemNotification will = entering ? SystemNotification::windowWillEnterFullScreen : SystemNotification::windowWillExitFullScreen;
+        const SystemNotification did = entering ? SystemNotification::windowDidEnterFullScreen : SystemNotification::windowDidExitFullScreen;
+        const std::size_t before = posted().size();
+        pond->toggleFullScreen();
+        ASSERT_EQ(posted().size(), before + 1);
+        EXPECT_EQ(posted().back(), will);
+        pond->toggleFullScreen(); // Ignored while the transition runs.
+        EXPECT_EQ(posted().size(), before + 1);
+
+        // With a window manager the state answers; without one the
+        // transition still ends, after the window system's patience.
+        ASSERT_TRUE(waitFor([&] { return std::ranges::find(posted().begin() + static_cast<std::ptrdiff_t>(before), posted().end(), did) != posted().end(); }));
+        EXPECT_EQ(pond->isFullScreen(), stateIsFullScreen());
+        settle();
+        EXPECT_EQ(std::ranges::count(posted().begin() + static_cast<std::ptrdiff_t>(before), posted().end(), did), 1);
+    }
+}
+
+class ChromeTest : public DesktopWindowSystemTest {
+protected:
+    std::shared_ptr<PondChromeView> makeChrome()
+    {
+        auto chrome = std::make_shared<PondChromeView>(m_catalog, "Settings", [this] { ++m_settings; });
+        chrome->setDaysText("12 days of practice");
+        return chrome;
+    }
+
+    int m_settings = 0;
+};
+
+TEST_F(ChromeTest, Drawing_ShadesTheEdgesAndShowsTheWordmarkDaysAndGear)
+{
+    const auto chrome = makeChrome();
+    ChromeOverlayWidget widget(chrome);
+    chrome->setSize({600, 400});
+    cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 600, 400);
+    cairo_t* cairo = cairo_create(surface);
+    widget.draw(cairo);
+
+    const auto near = [](int value, double expected) { return std::abs(value - expected * 255) <= 3; };
+    EXPECT_PRED2(near, alphaAt(surface, 2, 0), 0.7) << "top edge";
+    EXPECT_PRED2(near, alphaAt(surface, 300, 60), 0.35) << "half way down the top band";
+    EXPECT_PRED2(near, alphaAt(surface, 300, 130), 0.0) << "not extended past its end";
+    EXPECT_PRED2(near, alphaAt(surface, 300, 299), 0.0) << "not extended before the bottom band";
+    EXPECT_PRED2(near, alphaAt(surface, 2, 399), 0.4) << "bottom edge";
+
+    const PondChromeView::Layout layout = chrome->layout();
+    // How much more opaque than the bare shade of its row (the shade
+    // depends on y only) the most covered pixel of `area` is.
+    const auto drawnOver = [&](const Rect& area) {
+        int most = 0;
+        for (auto y = static_cast<int>(area.minY()); y < static_cast<int>(area.maxY()); ++y) {
+            for (auto x = static_cast<int>(area.minX()); x < static_cast<int>(area.maxX()); ++x)
+                most = std::max(most, alphaAt(surface, x, y) - alphaAt(surface, 2, y));
+        }
+        return most;
+    };
+    EXPECT_GT(drawnOver(layout.gear), 25) << "the gear's icon in its tint";
+    EXPECT_GT(drawnOver(layout.wordmark), 60) << "the wordmark, opaque";
+    EXPECT_GT(drawnOver(layout.days), 25) << "the day line";
+    EXPECT_LE(layout.wordmark.maxX(), layout.gear.minX() - 12);
+
+    chrome->hide();
+    cairo_set_operator(cairo, CAIRO_OPERATOR_CLEAR);
+    cairo_paint(cairo);
+    cairo_set_operator(cairo, CAIRO_OPERATOR_OVER);
+    widget.draw(cairo);
+    EXPECT_EQ(alphaAt(surface, 2, 0), 0) << "hidden, nothing is drawn";
+    cairo_destroy(cairo);
+    cairo_surface_destroy(surface);
+}
+
+TEST_F(ChromeTest, OverPond_TakesGearClicksAndLetsEveryOtherClickThrough)
+{
+    GtkWindow* renderer = addRendererWindow(780, 560);
+    const std::shared_ptr<Window> pond = adopted();
+    ASSERT_NE(pond, nullptr);
+    const auto chrome = makeChrome();
+    pond->contentView()->addOverlay(chrome);
+    // Placed by us, so that the window manager has nothing left to move
+    // while the clicks are aimed.
+    const Rect frame(200, 100, 780, 560);
+    pond->setFrame(frame, FrameDisplay::immediate);
+    pond->makeKeyAndOrderFront();
+    ASSERT_TRUE(waitFor([&] { return gtk_widget_get_mapped(GTK_WIDGET(renderer)) && pond->frame() == frame; }));
+    settle();
+    const Size content = pond->contentView()->bounds().size;
+    ASSERT_TRUE(waitFor([&] { return chrome->size() == content; }));
+    EXPECT_LE(content.height, frame.height()) << "the content lies below the title bar";
+    EXPECT_TRUE(pond->contentView()->isFlipped());
+    EXPECT_EQ(pond->contentView()->convertFromWindow({10, 500}), Point(10, content.height - 500));
+
+    // What a person sees: the chrome over a plain pond.
+    ASSERT_TRUE(GTK_IS_OVERLAY(gtk_bin_get_child(GTK_BIN(renderer)))) << "the renderer's widget now lies under the overlay";
+    cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, static_cast<int>(content.width), static_cast<int>(content.height));
+    cairo_t* cairo = cairo_create(surface);
+    gtk_widget_draw(gtk_bin_get_child(GTK_BIN(renderer)), cairo);
+    cairo_destroy(cairo);
+    EXPECT_EQ(alphaAt(surface, 390, 280), 255);
+    if (const char* folder = g_getenv("VELMORA_SCREENSHOT_DIR")) {
+        EXPECT_EQ(cairo_surface_write_to_png(surface, (std::filesystem::path(folder) / "chrome.png").c_str()), CAIRO_STATUS_SUCCESS);
+    }
+    cairo_surface_destroy(surface);
+
+    const Rect gear = chrome->layout().gear;
+    const Point onGear(gear.midX(), gear.midY());
+    const Point elsewhere(390, 280);
+    EXPECT_TRUE(sendButton(GDK_BUTTON_PRESS, renderer, onGear));
+    EXPECT_EQ(m_settings, 0) << "on release, as a button";
+    EXPECT_TRUE(sendButton(GDK_BUTTON_RELEASE, renderer, onGear));
+    EXPECT_EQ(m_settings, 1);
+
+    EXPECT_FALSE(sendButton(GDK_BUTTON_PRESS, renderer, elsewhere));
+    EXPECT_FALSE(sendButton(GDK_BUTTON_RELEASE, renderer, onGear)) << "the release follows its press to the pond";
+    EXPECT_TRUE(sendButton(GDK_BUTTON_PRESS, renderer, onGear));
+    EXPECT_TRUE(sendButton(GDK_BUTTON_RELEASE, renderer, elsewhere)) << "let go off the gear: cancelled, and kept from the pond";
+    EXPECT_EQ(m_settings, 1);
+
+    chrome->hide();
+    EXPECT_FALSE(sendButton(GDK_BUTTON_PRESS, renderer, onGear)) << "a hidden chrome takes nothing";
+    EXPECT_FALSE(sendButton(GDK_BUTTON_RELEASE, renderer, onGear));
+    EXPECT_EQ(m_settings, 1);
+}
+
+} // namespace
+} // namespace velmora

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <exception>
+
+#include <glib-object.h>
+
+namespace velmora {
+
+// One signal handler on a GObject, disconnected when the holder goes, so
+// that no callback can run after the C++ object it was given is gone. The
+// instance is watched weakly: a widget that the renderer destroys first
+// simply leaves nothing to disconnect. The holder's address is registered
+// with GObject, so it can be neither copied nor moved; keep it in place or
+// behind a pointer.
+// Main thread only (GTK's).
+class DesktopWindowSignal {
+public:
+    enum class When : bool {
+        beforeDefault,
+        afterDefault,
+    };
+
+    // `callback` must be cast with G_CALLBACK from a function of the
+    // signal's own signature.
+    DesktopWindowSignal(gpointer instance, const char* signal, GCallback callback, gpointer data, When when = When::beforeDefault)
+        : m_instance(G_OBJECT(instance))
+        , m_handler(g_signal_connect_data(instance, signal, callback, data, nullptr, when == When::afterDefault ? G_CONNECT_AFTER : static_cast<GConnectFlags>(0)))
+    {
+        g_object_add_weak_pointer(m_instance, reinterpret_cast<gpointer*>(&m_instance));
+    }
+
+    DesktopWindowSignal(const DesktopWindowSignal&) = delete;
+    DesktopWindowSignal& operator=(const DesktopWindowSignal&) = delete;
+    DesktopWindowSignal(DesktopWindowSignal&&) = delete;
+    DesktopWindowSignal& operator=(DesktopWindowSignal&&) = delete;
+
+    ~DesktopWindowSignal()
+    {
+        if (m_instance == nullptr)
+            return;
+        g_signal_handler_disconnect(m_instance, m_handler);
+        g_object_remove_weak_pointer(m_instance, reinterpret_cast<gpointer*>(&m_instance));
+    }
+
+    // For a handler's catch (...): GTK's dispatch above it can take no C++
+    // exception, so the failure is logged and the event goes on as if the
+    // handler had not been there.
+    static void reportFailure(const char* where) noexcept
+    {
+        try {
+            throw;
+        } catch (const std::exception& error) {
+            g_critical("velmora: %s: %s", where, error.what());
+        } catch (...) {
+            g_critical("velmora: %s failed", where);
+        }
+    }
+
+private:
+    GObject* m_instance;
+    gulong m_handler;
+};
+
+} // namespace velmora
