@@ -78,8 +78,6 @@ public:
 
     // The well-known name the item holds, or asks for, on its bus.
     [[nodiscard]] const std::string& busName() const { return m_busName; }
-    // Whether the item is on the bus at all.
-    [[nodiscard]] bool exported() const { return m_registration != 0; }
 
 private:
     friend class StatusNotifierButton;

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include <gdk/gdkx.h>
 #include <gtk/gtk.h>
 
 namespace velmora {
@@ -34,8 +35,10 @@ void menuDeactivated(GtkMenuShell* /*menu*/, gpointer data)
 
 // What GTK places the menu by. A tray host's D-Bus call comes with no event
 // of ours, and GTK needs one to find the pointer: a click on the screen's
-// root window, where the pointer is, stands in. None without a pointer or
-// a root window (Wayland has none), and then no menu is shown.
+// root window, where the pointer is, stands in. Only X11 has such a window;
+// on Wayland a pop-up must hang from a surface of ours, which a tray item
+// does not have, and the host shows the served menu itself. None there,
+// and then no menu is shown.
 GdkEvent* triggerEvent()
 {
     if (GdkEvent* current = gtk_get_current_event()) {
@@ -43,7 +46,10 @@ GdkEvent* triggerEvent()
             return current;
         gdk_event_free(current);
     }
-    GdkSeat* seat = gdk_display_get_default_seat(gdk_display_get_default());
+    GdkDisplay* display = gdk_display_get_default();
+    if (display == nullptr || !GDK_IS_X11_DISPLAY(display))
+        return nullptr;
+    GdkSeat* seat = gdk_display_get_default_seat(display);
     GdkDevice* pointer = seat != nullptr ? gdk_seat_get_pointer(seat) : nullptr;
     GdkScreen* screen = gdk_screen_get_default();
     GdkWindow* root = screen != nullptr ? gdk_screen_get_root_window(screen) : nullptr;

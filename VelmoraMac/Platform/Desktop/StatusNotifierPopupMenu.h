@@ -19,7 +19,8 @@ namespace velmora {
 class StatusNotifierPopupMenu {
 public:
     // The index in `entries` of the entry chosen, none when the menu was
-    // dismissed or could not be shown (another program holds the pointer).
+    // dismissed or could not be shown (another program holds the pointer,
+    // or a Wayland session, where a pop-up needs a window of ours).
     // The entries' actions are not run: the caller runs the chosen one
     // once the menu has gone.
     static std::optional<std::size_t> run(const std::vector<MenuItem>& entries);
