@@ -37,12 +37,14 @@ namespace velmora {
 //   host is about to show the menu, the item asks the shell for a fresh one
 //   by sending its action as a right click: the shell attaches its menu and
 //   performs a click, which then only publishes the entries, since the host
-//   is showing the menu itself. A chosen entry's action runs from the main
-//   loop, after the host's call returned.
+//   is showing the menu itself. It also asks once up front, when the shell
+//   first sets the button's action, for hosts that show the menu they hold
+//   before refreshing it. A chosen entry's action runs from the main loop,
+//   after the host's call returned.
 // - performClick with a menu attached otherwise (the shell answering a
-//   right click) publishes the entries and, when GTK has a display, pops
-//   the menu up at the pointer and returns once it is dismissed; the chosen
-//   entry's action runs afterwards, from the main loop.
+//   right click) publishes the entries and, when GTK has an X11 display,
+//   pops the menu up at the pointer and returns once it is dismissed; the
+//   chosen entry's action runs afterwards, from the main loop.
 // - Dropping the item unexports it and gives its name back; nothing it
 //   queued runs after that.
 //
