@@ -1,0 +1,59 @@
+#include "DesktopNotificationSettingsOpener.h"
+
+#include <utility>
+
+#include "DetachedCommand.h"
+#include "VelmoraMac/Platform/XdgBaseDirectory.h"
+
+namespace velmora {
+
+namespace {
+
+bool names(std::string_view desktops, std::string_view wanted)
+{
+    while (!desktops.empty()) {
+        const std::size_t colon = desktops.find(':');
+        if (desktops.substr(0, colon) == wanted)
+            return true;
+        desktops = colon == std::string_view::npos ? std::string_view() : desktops.substr(colon + 1);
+    }
+    return false;
+}
+
+} // namespace
+
+DesktopNotificationSettingsOpener::DesktopNotificationSettingsOpener(std::vector<std::string> settingsCommand, CommandLauncher launcher, std::shared_ptr<DiagnosticLog> log)
+    : m_settingsCommand(std::move(settingsCommand))
+    , m_launcher(std::move(launcher))
+    , m_log(std::move(log))
+{
+}
+
+std::shared_ptr<DesktopNotificationSettingsOpener> DesktopNotificationSettingsOpener::forThisSession(std::shared_ptr<DiagnosticLog> log)
+{
+    return std::make_shared<DesktopNotificationSettingsOpener>(settingsCommandFor(XdgBaseDirectory::environmentVariable("XDG_CURRENT_DESKTOP")), &launchDetached, std::move(log));
+}
+
+std::vector<std::string> DesktopNotificationSettingsOpener::settingsCommandFor(std::string_view currentDesktop)
+{
+    if (names(currentDesktop, "GNOME"))
+        return {"gnome-control-center", "notifications"};
+    if (names(currentDesktop, "KDE"))
+        return {"systemsettings", "kcm_notifications"};
+    if (names(currentDesktop, "XFCE"))
+        return {"xfce4-notifyd-config"};
+    return {};
+}
+
+void DesktopNotificationSettingsOpener::openNotificationSettings()
+{
+    std::string failure;
+    if (m_settingsCommand.empty())
+        failure = "Velmora: no notification settings known for this desktop";
+    else if (!m_launcher || !m_launcher(m_settingsCommand))
+        failure = "Velmora: could not start " + m_settingsCommand.front() + " to show the notification settings";
+    if (!failure.empty() && m_log)
+        m_log->write(failure);
+}
+
+} // namespace velmora
