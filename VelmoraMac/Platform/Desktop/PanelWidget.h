@@ -12,9 +12,26 @@ class PanelContent;
 // view shows, styled from the panel's palette, rebuilds it whenever the view
 // changes, and sends the user's clicks, switches and choices to the actions
 // the view hands out. The widget fills the panel window's content area.
-// Main thread only.
+//
+// The view announces a change before making it, so a rebuild waits for an
+// idle turn of the default main context (GTK's loop), and any number of
+// announcements before it make one rebuild. The page scrolls where it is
+// taller than the window; it keeps its scroll position and the focused
+// control across a rebuild of the same page, and starts at the top on
+// another page.
+//
+// The style sheet is installed for the default screen while the widget
+// lives, scoped to this widget alone. This object takes the view's display
+// callback while it lives and clears it when it goes; it destroys its
+// widgets then, which also ends every connection to the view's actions.
+// Main thread only; needs GTK initialised with a display.
 class PanelWidget {
 public:
+    // The panel window's default size, in pixels at scale 1.
+    static constexpr int defaultWidth = 780;
+    static constexpr int defaultHeight = 640;
+
+    // Builds the current page at once.
     explicit PanelWidget(std::shared_ptr<PanelContent> content);
     PanelWidget(const PanelWidget&) = delete;
     PanelWidget& operator=(const PanelWidget&) = delete;
@@ -24,6 +41,10 @@ public:
 
     // The top widget; this object holds a reference to it while it lives.
     [[nodiscard]] GtkWidget* widget() const;
+
+    // Rebuilds now if a change is waiting for its idle turn; for callers
+    // that must draw at once, such as before taking a picture of the panel.
+    void flush();
 
 private:
     struct State;
