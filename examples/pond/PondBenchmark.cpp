@@ -1,0 +1,164 @@
+#include "PondBenchmark.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <system_error>
+#include <thread>
+
+#include <cairo.h>
+
+#include "FrameStatistics.h"
+#include "Owned.h"
+#include "PondDemoState.h"
+#include "PondFrame.h"
+#include "VelmoraLibrary.h"
+
+namespace pond {
+namespace {
+
+namespace fs = std::filesystem;
+using Clock = std::chrono::steady_clock;
+
+constexpr PondLayout::Size benchmarkView{780, 640};
+constexpr std::size_t shortRun = 1'000;
+constexpr std::size_t warmUp = 120;
+// The camera moves to another lotus this often, so that every part of the
+// pond is drawn; after the short run a lotus is noticed this often, so that
+// new snapshots arrive and are read.
+constexpr std::size_t tourEvery = 300;
+constexpr std::size_t noticeEvery = 2'000;
+constexpr double framesPerSecond = 60;
+
+// Resident memory in kB, or -1 when /proc does not tell.
+long residentKilobytes()
+{
+    std::ifstream status("/proc/self/status");
+    std::string line;
+    while (std::getline(status, line)) {
+        if (line.rfind("VmRSS:", 0) == 0)
+            return std::strtol(line.c_str() + 6, nullptr, 10);
+    }
+    return -1;
+}
+
+// A data folder of its own, removed at the end: the user's practice is
+// never touched.
+class ScratchFolder {
+public:
+    ScratchFolder()
+    {
+        std::string pattern = (fs::temp_directory_path() / "pond-benchmark-XXXXXX").string();
+        if (mkdtemp(pattern.data()) == nullptr)
+            throw std::system_error(errno, std::generic_category(), "cannot make a data folder for the benchmark");
+        m_path = pattern;
+    }
+    ScratchFolder(const ScratchFolder&) = delete;
+    ScratchFolder& operator=(const ScratchFolder&) = delete;
+    ScratchFolder(ScratchFolder&&) = delete;
+    ScratchFolder& operator=(ScratchFolder&&) = delete;
+    ~ScratchFolder()
+    {
+        std::error_code ignored;
+        // What cannot be removed stays in the temporary folder, no harm.
+        fs::remove_all(m_path, ignored);
+    }
+    [[nodiscard]] const fs::path& path() const { return m_path; }
+
+private:
+    fs::path m_path;
+};
+
+int run(const std::string& libraryPath, std::size_t longRun)
+{
+    const ScratchFolder data;
+    PondDemoState::write(data.path());
+    // Read by the library's start, which is still to come; nothing else
+    // runs yet.
+    setenv("XDG_DATA_HOME", data.path().c_str(), 1); // NOLINT(concurrency-mt-unsafe)
+
+    const VelmoraLibrary library(libraryPath);
+    library.start();
+    PondFrame frame(library, 1);
+    const Owned<cairo_surface_t, cairo_surface_destroy> surface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, static_cast<int>(benchmarkView.width), static_cast<int>(benchmarkView.height)));
+    const Owned<cairo_t, cairo_destroy> cr(cairo_create(surface.get()));
+
+    std::size_t number = 0;
+    auto seconds = [&number] { return 1.0 + static_cast<double>(number) / framesPerSecond; };
+
+    // The first snapshot comes from the library's own thread.
+    const auto deadline = Clock::now() + std::chrono::seconds(10);
+    while (!frame.snapshot()) {
+        if (Clock::now() > deadline) {
+            std::fprintf(stderr, "pond: the library sent no snapshot within 10 s\n");
+            return EXIT_FAILURE;
+        }
+        frame.advance(seconds(), benchmarkView);
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    const std::size_t lotuses = frame.snapshot()->topics.size();
+    for (std::size_t i = 0; i < warmUp; ++i, ++number) {
+        frame.advance(seconds(), benchmarkView);
+        frame.paint(cr.get());
+    }
+
+    FrameStatistics shortFrames(shortRun);
+    FrameStatistics shortPolls(shortRun);
+    FrameStatistics allFrames(longRun);
+    FrameStatistics noticings(longRun / noticeEvery + 1);
+    long residentShort = -1;
+    std::size_t snapshotsBefore = frame.snapshotsRead();
+    for (std::size_t i = 0; i < longRun; ++i, ++number) {
+        if (i % tourEvery == 0 && lotuses > 0)
+            frame.select((i / tourEvery * 5) % lotuses);
+        if (i >= shortRun && i % noticeEvery == 0 && lotuses > 0) {
+            // Noticing waits for the library to save; it happens on a
+            // click, not every frame, so it is measured on its own.
+            const auto start = Clock::now();
+            frame.activate();
+            noticings.add(Clock::now() - start);
+        }
+        const auto start = Clock::now();
+        frame.advance(seconds(), benchmarkView);
+        frame.paint(cr.get());
+        cairo_surface_flush(surface.get());
+        const auto took = Clock::now() - start;
+        allFrames.add(took);
+        if (i < shortRun) {
+            shortFrames.add(took);
+            shortPolls.add(frame.lastPoll());
+        }
+        if (i + 1 == shortRun)
+            residentShort = residentKilobytes();
+    }
+    const long residentLong = residentKilobytes();
+
+    std::printf("pond benchmark: %.0f x %.0f points offscreen, %zu lotuses, one frame = poll + paint\n", benchmarkView.width, benchmarkView.height, lotuses);
+    std::printf("first %zu frames: median %.3f ms, 99th percentile %.3f ms, max %.3f ms (a 60 Hz frame lasts 16.667 ms)\n", shortRun, shortFrames.percentile(0.5), shortFrames.percentile(0.99), shortFrames.maximum());
+    std::printf("  polling the library (ten readers and the event): %.1f %% of frame time, median %.3f ms a frame\n", 100 * shortPolls.total() / shortFrames.total(), shortPolls.percentile(0.5));
+    std::printf("  resident memory after %zu frames: %ld kB\n", shortRun, residentShort);
+    std::printf("all %zu frames: median %.3f ms, 99th percentile %.3f ms, max %.3f ms; %zu new snapshots read\n", longRun, allFrames.percentile(0.5), allFrames.percentile(0.99), allFrames.maximum(), frame.snapshotsRead() - snapshotsBefore);
+    std::printf("  a noticing (the library saving included): median %.3f ms, max %.3f ms over %zu\n", noticings.percentile(0.5), noticings.maximum(), noticings.count());
+    std::printf("  resident memory after %zu frames: %ld kB\n", longRun, residentLong);
+    std::fflush(stdout);
+    return EXIT_SUCCESS;
+}
+
+} // namespace
+
+int runBenchmark(const std::string& libraryPath, std::size_t frames)
+{
+    try {
+        return run(libraryPath, std::max(frames, shortRun));
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "pond: %s\n", error.what());
+        return EXIT_FAILURE;
+    }
+}
+
+} // namespace pond

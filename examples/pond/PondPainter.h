@@ -1,0 +1,97 @@
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <string>
+#include <vector>
+
+#include <cairo.h>
+
+#include "Owned.h"
+#include "PondColor.h"
+#include "PondController.h"
+#include "PondLayout.h"
+#include "PondSnapshot.h"
+
+namespace pond {
+
+// Paints the pond with Cairo: moving water, and for each topic a lotus in
+// the topic's colour with its icon, title and a button to notice it.
+//
+// Everything that costs (text layout, icon decoding, the flowers' curves
+// and gradients, the water's backdrop) is drawn once into cached surfaces
+// when a snapshot arrives or a lotus changes size; a frame then blits
+// those and strokes a few dozen short lines for the water, so it neither
+// allocates nor lays out text.
+//
+// One thread only (the one that paints).
+class PondPainter {
+public:
+    // `deviceScale`: device pixels per point of the surfaces painted on.
+    explicit PondPainter(double deviceScale);
+
+    // Rebuilds the cached texts and icons. Cheap to skip: call only when
+    // the snapshot changed.
+    void setSnapshot(const PondSnapshot& snapshot);
+
+    // Paints the whole view at `seconds`. `growth` holds each lotus's size
+    // in moments as currently shown (it eases towards the snapshot's).
+    void paint(cairo_t* cr, const PondLayout& layout, const PondController& controller, std::span<const double> growth, double seconds);
+
+    [[nodiscard]] double deviceScale() const { return m_deviceScale; }
+
+private:
+    using Surface = Owned<cairo_surface_t, cairo_surface_destroy>;
+
+    // A text drawn once as coverage, painted in any colour by masking.
+    struct TextMask {
+        Surface surface;
+        double width = 0;
+        double height = 0;
+    };
+
+    // A flower on its leaf, drawn for one size.
+    struct Sprite {
+        Surface surface;
+        // Where the flower's base lies in the surface, in points.
+        double anchorX = 0;
+        double anchorY = 0;
+        // The half width and half height of the leaf, for the water rings.
+        double leafX = 0;
+        double leafY = 0;
+        // What it was drawn for; a negative growth means never.
+        double growth = -1;
+        double scale = 0;
+    };
+
+    struct TopicArt {
+        PondColor color;
+        TextMask title;
+        // The topic's icon at label size, or a glyph when it has none.
+        Surface icon;
+        TextMask glyph;
+        Sprite sprite;
+    };
+
+    [[nodiscard]] TextMask textMask(const std::string& text, const char* font, double maximumWidth) const;
+    [[nodiscard]] Surface iconSurface(const std::string& base64, double size) const;
+    [[nodiscard]] Sprite sprite(PondColor color, double growth, double scale) const;
+    void ensureBackground(const PondLayout::Size& view);
+    // `point` moved to the nearest device pixel: a surface painted there
+    // is copied, not resampled, which costs a fraction.
+    [[nodiscard]] double aligned(double point) const;
+    void paintWater(cairo_t* cr, const PondLayout& layout, double pan, double seconds);
+    void paintLotus(cairo_t* cr, const PondLayout& layout, const PondController& controller, std::size_t index, double growth, double seconds);
+    void paintButton(cairo_t* cr, const PondController& controller, std::size_t index, double x, double y, double seconds) const;
+
+    double m_deviceScale;
+    std::vector<TopicArt> m_topics;
+    TextMask m_notice;
+    TextMask m_saved;
+    Surface m_background;
+    PondLayout::Size m_backgroundSize;
+    // Two soft patches of light drifting over the water, drawn once.
+    Surface m_light[2];
+};
+
+} // namespace pond

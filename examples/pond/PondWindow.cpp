@@ -1,0 +1,194 @@
+#include "PondWindow.h"
+
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <exception>
+
+namespace pond {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// The size of the library's default pond frame.
+constexpr int defaultWidth = 780;
+constexpr int defaultHeight = 640;
+// What a frame lasts when the display does not say, in microseconds.
+constexpr gint64 assumedRefresh = 16'667;
+
+void report(const char* where, const std::exception& error)
+{
+    std::fprintf(stderr, "pond: %s: %s\n", where, error.what());
+}
+
+} // namespace
+
+PondWindow::PondWindow(Options options)
+    : m_options(std::move(options))
+    , m_work(m_options.frames.value_or(0))
+    , m_polls(m_options.frames.value_or(0))
+{
+    m_window = gtk_window_new(GTK_WINDOW_TOPLEVEL);
+    gtk_window_set_title(GTK_WINDOW(m_window), "Pond");
+    gtk_window_set_default_size(GTK_WINDOW(m_window), defaultWidth, defaultHeight);
+    m_area = gtk_drawing_area_new();
+    gtk_container_add(GTK_CONTAINER(m_window), m_area);
+    m_destroyHandler = g_signal_connect(m_window, "destroy", G_CALLBACK(onDestroy), this);
+    m_keyHandler = g_signal_connect(m_window, "key-press-event", G_CALLBACK(onKeyPress), this);
+    gtk_widget_show_all(m_window);
+}
+
+PondWindow::~PondWindow()
+{
+    if (m_area != nullptr) {
+        if (m_tick != 0)
+            gtk_widget_remove_tick_callback(m_area, m_tick);
+        if (m_drawHandler != 0)
+            g_signal_handler_disconnect(m_area, m_drawHandler);
+    }
+    if (m_window != nullptr) {
+        g_signal_handler_disconnect(m_window, m_keyHandler);
+        g_signal_handler_disconnect(m_window, m_destroyHandler);
+        gtk_widget_destroy(m_window);
+    }
+}
+
+void PondWindow::attach(const VelmoraLibrary& library)
+{
+    if (m_area == nullptr)
+        return;
+    m_frame = std::make_unique<PondFrame>(library, gtk_widget_get_scale_factor(m_area));
+    m_drawHandler = g_signal_connect(m_area, "draw", G_CALLBACK(onDraw), this);
+    m_tick = gtk_widget_add_tick_callback(m_area, onTick, this, nullptr);
+}
+
+gboolean PondWindow::onTick(GtkWidget* /*widget*/, GdkFrameClock* clock, gpointer self) noexcept
+{
+    auto* window = static_cast<PondWindow*>(self);
+    try {
+        window->tick(clock);
+    } catch (const std::exception& error) {
+        // This frame is lost; the next one tries again.
+        report("a frame failed", error);
+    }
+    return G_SOURCE_CONTINUE;
+}
+
+gboolean PondWindow::onDraw(GtkWidget* /*widget*/, cairo_t* cr, gpointer self) noexcept
+{
+    auto* window = static_cast<PondWindow*>(self);
+    try {
+        const auto start = Clock::now();
+        window->m_frame->paint(cr);
+        window->m_work.add(window->m_tickWork + (Clock::now() - start));
+        window->m_polls.add(window->m_tickPoll);
+    } catch (const std::exception& error) {
+        // What was painted stays; the next frame paints it all again.
+        report("painting failed", error);
+    }
+    return TRUE;
+}
+
+gboolean PondWindow::onKeyPress(GtkWidget* /*widget*/, GdkEventKey* event, gpointer self) noexcept
+{
+    auto* window = static_cast<PondWindow*>(self);
+    switch (event->keyval) {
+    case GDK_KEY_Return:
+    case GDK_KEY_KP_Enter:
+    case GDK_KEY_ISO_Enter:
+    case GDK_KEY_space:
+    case GDK_KEY_KP_Space:
+        try {
+            if (window->m_frame)
+                window->m_frame->activate();
+        } catch (const std::exception& error) {
+            // Nothing was noticed; the user can press again.
+            report("noticing failed", error);
+        }
+        return TRUE;
+    default:
+        return FALSE;
+    }
+}
+
+void PondWindow::onDestroy(GtkWidget* /*widget*/, gpointer self) noexcept
+{
+    auto* window = static_cast<PondWindow*>(self);
+    // GTK has let go of both; nothing is left to disconnect.
+    window->m_window = nullptr;
+    window->m_area = nullptr;
+    window->finish(window->m_status);
+}
+
+void PondWindow::tick(GdkFrameClock* clock)
+{
+    if (m_finished)
+        return;
+    const gint64 frameTime = gdk_frame_clock_get_frame_time(clock);
+    if (m_lastFrameTime != 0) {
+        gint64 refresh = 0;
+        gdk_frame_clock_get_refresh_info(clock, frameTime, &refresh, nullptr);
+        m_refreshInterval = refresh > 0 ? refresh : assumedRefresh;
+        const double frames = static_cast<double>(frameTime - m_lastFrameTime) / static_cast<double>(m_refreshInterval);
+        if (frames > 1.5)
+            m_dropped += static_cast<std::size_t>(std::lround(frames)) - 1;
+    }
+    m_lastFrameTime = frameTime;
+
+    if (m_options.screenshot && m_frames == m_options.screenshotFrame) {
+        takeScreenshot();
+        finish(m_status);
+        return;
+    }
+    if (m_options.frames && m_frames == *m_options.frames) {
+        printStatistics();
+        finish(m_status);
+        return;
+    }
+
+    m_frame->setDeviceScale(gtk_widget_get_scale_factor(m_area));
+    const auto start = Clock::now();
+    m_frame->advance(static_cast<double>(frameTime) / 1e6, {static_cast<double>(gtk_widget_get_allocated_width(m_area)), static_cast<double>(gtk_widget_get_allocated_height(m_area))});
+    m_tickWork = Clock::now() - start;
+    m_tickPoll = m_frame->lastPoll();
+    gtk_widget_queue_draw(m_area);
+    ++m_frames;
+}
+
+void PondWindow::finish(int status)
+{
+    m_status = status;
+    if (m_finished)
+        return;
+    m_finished = true;
+    gtk_main_quit();
+}
+
+void PondWindow::takeScreenshot()
+{
+    GdkWindow* window = gtk_widget_get_window(m_window);
+    GdkPixbuf* pixbuf = window == nullptr ? nullptr : gdk_pixbuf_get_from_window(window, 0, 0, gdk_window_get_width(window), gdk_window_get_height(window));
+    if (pixbuf == nullptr) {
+        std::fprintf(stderr, "pond: the window could not be read for a screenshot\n");
+        m_status = 1;
+        return;
+    }
+    GError* error = nullptr;
+    if (!gdk_pixbuf_save(pixbuf, m_options.screenshot->c_str(), "png", &error, nullptr)) {
+        std::fprintf(stderr, "pond: cannot write %s: %s\n", m_options.screenshot->c_str(), error->message);
+        g_error_free(error);
+        m_status = 1;
+    }
+    g_object_unref(pixbuf);
+}
+
+void PondWindow::printStatistics() const
+{
+    const double refresh = static_cast<double>(m_refreshInterval > 0 ? m_refreshInterval : assumedRefresh) / 1000;
+    std::printf("pond: %zu frames at the display's pace (a frame every %.3f ms): %zu dropped\n", m_frames, refresh, m_dropped);
+    std::printf("  work per frame (poll + paint): median %.3f ms, 99th percentile %.3f ms, max %.3f ms\n", m_work.percentile(0.5), m_work.percentile(0.99), m_work.maximum());
+    std::printf("  polling the library: %.1f %% of that work\n", m_work.total() > 0 ? 100 * m_polls.total() / m_work.total() : 0.0);
+    std::fflush(stdout);
+}
+
+} // namespace pond

@@ -1,0 +1,84 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include <gtk/gtk.h>
+
+#include "FrameStatistics.h"
+#include "PondFrame.h"
+#include "VelmoraLibrary.h"
+
+namespace pond {
+
+// The pond's window: a GtkWindow whose one child is the drawing area the
+// pond is painted in. It is made, with its child, before the library
+// starts, because the library adopts the first top-level window that has a
+// child as the pond window and lays its chrome over it.
+//
+// A frame runs on each tick of the display's frame clock: the tick polls
+// the library and moves the pond on, the draw that follows paints it.
+// Input comes from the library, which captures the pond's pointer, wheel
+// and navigation keys; only the keys it passes on (Return, Enter, Space)
+// are read from the window, to notice the selected lotus.
+//
+// GTK's main thread only. Every signal and the tick are disconnected
+// before the window and the frame go, so no callback outlives them.
+class PondWindow {
+public:
+    struct Options {
+        // Write a PNG of the window after this many frames, then quit.
+        std::optional<std::string> screenshot;
+        std::size_t screenshotFrame = 90;
+        // Quit after this many frames and print their timing.
+        std::optional<std::size_t> frames;
+    };
+
+    // Needs GTK initialized. Shows the window.
+    explicit PondWindow(Options options);
+    PondWindow(const PondWindow&) = delete;
+    PondWindow& operator=(const PondWindow&) = delete;
+    PondWindow(PondWindow&&) = delete;
+    PondWindow& operator=(PondWindow&&) = delete;
+    ~PondWindow();
+
+    // Starts drawing from `library`, which must have been started and must
+    // outlive the window.
+    void attach(const VelmoraLibrary& library);
+    // What the window ends the process with.
+    [[nodiscard]] int status() const { return m_status; }
+
+private:
+    static gboolean onTick(GtkWidget* widget, GdkFrameClock* clock, gpointer self) noexcept;
+    static gboolean onDraw(GtkWidget* widget, cairo_t* cr, gpointer self) noexcept;
+    static gboolean onKeyPress(GtkWidget* widget, GdkEventKey* event, gpointer self) noexcept;
+    static void onDestroy(GtkWidget* widget, gpointer self) noexcept;
+
+    void tick(GdkFrameClock* clock);
+    void finish(int status);
+    void takeScreenshot();
+    void printStatistics() const;
+
+    Options m_options;
+    GtkWidget* m_window = nullptr;
+    GtkWidget* m_area = nullptr;
+    std::unique_ptr<PondFrame> m_frame;
+    gulong m_drawHandler = 0;
+    gulong m_keyHandler = 0;
+    gulong m_destroyHandler = 0;
+    guint m_tick = 0;
+    std::size_t m_frames = 0;
+    gint64 m_lastFrameTime = 0;
+    gint64 m_refreshInterval = 0;
+    std::size_t m_dropped = 0;
+    FrameStatistics m_work;
+    FrameStatistics m_polls;
+    FrameStatistics::Duration m_tickWork{0};
+    FrameStatistics::Duration m_tickPoll{0};
+    bool m_finished = false;
+    int m_status = 0;
+};
+
+} // namespace pond

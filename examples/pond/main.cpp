@@ -1,0 +1,148 @@
+// The pond: the reference rendering program of libVelmoraNative.
+//
+//   pond [--library PATH] [--screenshot FILE [--after N]] [--frames N]
+//   pond [--library PATH] --benchmark [--frames N]
+//   pond --seed-demo DATA_HOME
+//
+// The library reads the practice from $XDG_DATA_HOME; --seed-demo writes a
+// practice to look at into an empty data folder (see run.sh).
+
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include <gtk/gtk.h>
+
+#include "PondBenchmark.h"
+#include "PondDemoState.h"
+#include "PondWindow.h"
+#include "VelmoraLibrary.h"
+
+#ifndef POND_VELMORA_LIBRARY
+#define POND_VELMORA_LIBRARY "libVelmoraNative.so.0"
+#endif
+
+namespace {
+
+constexpr const char* usage = "usage: pond [--library PATH] [--screenshot FILE [--after N]] [--frames N]\n"
+                              "       pond [--library PATH] --benchmark [--frames N]\n"
+                              "       pond --seed-demo DATA_HOME\n";
+
+struct Arguments {
+    std::string library;
+    bool benchmark = false;
+    std::optional<std::string> seedDemo;
+    pond::PondWindow::Options window;
+};
+
+// The library of the build tree when it is there, else the one the
+// dynamic loader finds.
+std::string defaultLibrary()
+{
+    std::error_code ignored;
+    // A failed look is the same as no file there.
+    if (std::filesystem::exists(POND_VELMORA_LIBRARY, ignored))
+        return POND_VELMORA_LIBRARY;
+    return "libVelmoraNative.so.0";
+}
+
+std::optional<std::size_t> count(const char* text)
+{
+    char* end = nullptr;
+    const unsigned long long value = std::strtoull(text, &end, 10);
+    if (end == text || *end != '\0' || text[0] == '-' || value == 0)
+        return std::nullopt;
+    return static_cast<std::size_t>(value);
+}
+
+std::optional<Arguments> parse(int argc, char** argv)
+{
+    Arguments parsed;
+    parsed.library = defaultLibrary();
+    for (int i = 1; i < argc; ++i) {
+        const std::string_view option = argv[i];
+        const char* value = i + 1 < argc ? argv[i + 1] : nullptr;
+        if (option == "--benchmark") {
+            parsed.benchmark = true;
+            continue;
+        }
+        if (value == nullptr) {
+            std::fprintf(stderr, "pond: %s needs a value\n", argv[i]);
+            return std::nullopt;
+        }
+        ++i;
+        if (option == "--library") {
+            parsed.library = value;
+        } else if (option == "--seed-demo") {
+            parsed.seedDemo = value;
+        } else if (option == "--screenshot") {
+            parsed.window.screenshot = value;
+        } else if (option == "--after" || option == "--frames") {
+            const std::optional<std::size_t> frames = count(value);
+            if (!frames) {
+                std::fprintf(stderr, "pond: %s wants a number of frames, not \"%s\"\n", argv[i - 1], value);
+                return std::nullopt;
+            }
+            if (option == "--after")
+                parsed.window.screenshotFrame = *frames;
+            else
+                parsed.window.frames = frames;
+        } else {
+            std::fprintf(stderr, "pond: unknown option %s\n", argv[i - 1]);
+            return std::nullopt;
+        }
+    }
+    return parsed;
+}
+
+int seed(const std::string& dataHome)
+{
+    try {
+        const std::filesystem::path file = pond::PondDemoState::write(dataHome);
+        std::printf("pond: wrote a demo practice to %s\n", file.c_str());
+        return EXIT_SUCCESS;
+    } catch (const std::filesystem::filesystem_error& error) {
+        std::fprintf(stderr, "pond: %s\n", error.what());
+        return EXIT_FAILURE;
+    }
+}
+
+int showPond(int argc, char** argv, const Arguments& arguments)
+{
+    if (gtk_init_check(&argc, &argv) == FALSE) {
+        std::fprintf(stderr, "pond: no display to show the pond on (pond --benchmark needs none)\n");
+        return EXIT_FAILURE;
+    }
+    try {
+        // The window first: the library adopts it when it starts.
+        pond::PondWindow window(arguments.window);
+        const pond::VelmoraLibrary library(arguments.library);
+        library.start();
+        window.attach(library);
+        gtk_main();
+        return window.status();
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "pond: %s\n", error.what());
+        return EXIT_FAILURE;
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const std::optional<Arguments> arguments = parse(argc, argv);
+    if (!arguments) {
+        std::fputs(usage, stderr);
+        return 2;
+    }
+    if (arguments->seedDemo)
+        return seed(*arguments->seedDemo);
+    if (arguments->benchmark)
+        return arguments->window.frames ? pond::runBenchmark(arguments->library, *arguments->window.frames) : pond::runBenchmark(arguments->library);
+    return showPond(argc, argv, *arguments);
+}

@@ -1,0 +1,84 @@
+#include <cmath>
+
+#include <gtest/gtest.h>
+
+#include "PondLayout.h"
+
+namespace pond {
+namespace {
+
+constexpr PondLayout::Size window{780, 640};
+
+TEST(PondLayout, CentresAFewLotuses_AndPansOnlyAcrossAWiderPond)
+{
+    const PondLayout few(3, window);
+    EXPECT_DOUBLE_EQ(few.width(), window.width);
+    EXPECT_DOUBLE_EQ(few.maximumPan(), 0);
+    EXPECT_NEAR((few.slot(0).x + few.slot(2).x) / 2, window.width / 2, 1e-9);
+    EXPECT_DOUBLE_EQ(few.clampedPan(50), 0);
+
+    const PondLayout all(17, window);
+    EXPECT_GT(all.width(), window.width);
+    EXPECT_DOUBLE_EQ(all.maximumPan(), all.width() - window.width);
+    EXPECT_DOUBLE_EQ(all.clampedPan(-5), 0);
+    EXPECT_DOUBLE_EQ(all.clampedPan(1e6), all.maximumPan());
+    // The outer lotuses keep their whole area inside the pond.
+    EXPECT_GE(all.slot(0).x - all.halfWidth(), 0);
+    EXPECT_LE(all.slot(16).x + all.halfWidth(), all.width());
+    // Neighbours alternate rows, and the rows sit between the chrome's
+    // bands at the top and the bottom.
+    for (std::size_t i = 0; i + 1 < all.count(); ++i)
+        EXPECT_NE(all.slot(i).row, all.slot(i + 1).row);
+    for (std::size_t i = 0; i < all.count(); ++i) {
+        EXPECT_GE(all.slot(i).y - all.reachAbove(), 120);
+        EXPECT_LE(all.slot(i).y + all.reachBelow(), window.height - 40);
+    }
+}
+
+TEST(PondLayout, HitsEachLotusAtItsOwnPoint_AndNothingOnOpenWater)
+{
+    for (const PondLayout::Size view : {window, PondLayout::Size{400, 300}, PondLayout::Size{2000, 1200}}) {
+        const PondLayout layout(17, view);
+        for (std::size_t i = 0; i < layout.count(); ++i) {
+            const PondLayout::Slot& slot = layout.slot(i);
+            EXPECT_EQ(layout.hit(slot.x, slot.y - 10), i) << i << " in " << view.width;
+            EXPECT_EQ(layout.hit(slot.x, slot.y + layout.reachBelow() - 2), i) << i << " in " << view.width;
+        }
+        EXPECT_EQ(layout.hit(layout.slot(0).x, 5), std::nullopt);
+        EXPECT_EQ(layout.hit(-50, layout.slot(0).y), std::nullopt);
+    }
+}
+
+TEST(PondLayout, PansJustEnoughToShowALotus)
+{
+    const PondLayout layout(17, window);
+    const std::size_t last = layout.count() - 1;
+    const double shown = layout.panShowing(last, 0);
+    EXPECT_NEAR(shown, layout.slot(last).x + layout.halfWidth() - window.width, 1e-9);
+    const double back = layout.panShowing(3, shown);
+    EXPECT_NEAR(back, layout.slot(3).x - layout.halfWidth(), 1e-9);
+    // Already in view: the camera stays.
+    EXPECT_DOUBLE_EQ(layout.panShowing(4, back), back);
+}
+
+TEST(PondLayout, GrowsFromABudToAFullFlower_AndStepsAlongTheZigzag)
+{
+    EXPECT_EQ(PondLayout::petalsFor(0), 3);
+    EXPECT_EQ(PondLayout::petalsFor(14), 17);
+    EXPECT_EQ(PondLayout::petalsFor(20), 17);
+    for (int growth = 0; growth < 14; ++growth)
+        EXPECT_LT(PondLayout::radiusFor(growth), PondLayout::radiusFor(growth + 1));
+    EXPECT_DOUBLE_EQ(PondLayout::radiusFor(-3), PondLayout::radiusFor(0));
+
+    const PondLayout layout(5, window);
+    EXPECT_EQ(layout.neighbour(0, -1), std::nullopt);
+    EXPECT_EQ(layout.neighbour(0, 1), 1U);
+    EXPECT_EQ(layout.neighbour(4, 1), std::nullopt);
+    EXPECT_EQ(layout.inRow(0, 1), 1U);
+    EXPECT_EQ(layout.inRow(0, 0), std::nullopt);
+    EXPECT_EQ(layout.inRow(4, 1), 3U);
+    EXPECT_EQ(PondLayout(1, window).inRow(0, 1), std::nullopt);
+}
+
+} // namespace
+} // namespace pond
