@@ -1,14 +1,18 @@
-# velmora_add_tests(<name> SOURCES <files...> [LIBRARIES <targets...>] [LABELS <labels...>])
+# velmora_add_tests(<name> SOURCES <files...> [LIBRARIES <targets...>] [LABELS <labels...>] [SERIAL])
 #
 # One GoogleTest executable whose tests CTest lists one by one. Concurrency
 # tests go in an executable labelled "concurrency": the ThreadSanitizer run of
-# the test command selects them by that label.
+# the test command selects them by that label. SERIAL tests run alone, for
+# those that share something process-wide such as the display's pointer.
 function(velmora_add_tests name)
-    cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES;LABELS" ${ARGN})
+    cmake_parse_arguments(ARG "SERIAL" "" "SOURCES;LIBRARIES;LABELS" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} GTest::gmock GTest::gtest GTest::gtest_main VelmoraWarnings)
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
     set(properties TIMEOUT 600)
+    if(ARG_SERIAL)
+        list(APPEND properties RUN_SERIAL TRUE)
+    endif()
     if(ARG_LABELS)
         list(APPEND properties LABELS "${ARG_LABELS}")
     endif()

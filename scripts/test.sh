@@ -15,12 +15,18 @@ build_and_test() {
     shift
     cmake -S . -B "build/$name" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo "$@"
     cmake --build "build/$name" --parallel "$jobs"
+    # The desktop platform's tests need a display, a session bus and a window
+    # manager; the others do not mind them. Screenshots of what the desktop
+    # tests drew land beside the build, for a person to look at.
+    mkdir -p "build/$name/screenshots"
     # shellcheck disable=SC2086 # an empty filter must vanish
-    ctest --test-dir "build/$name" --output-on-failure --parallel "$jobs" $ctest_filter
+    VELMORA_SCREENSHOT_DIR="$PWD/build/$name/screenshots" \
+        ./scripts/with-desktop.sh ctest --test-dir "build/$name" --output-on-failure --parallel "$jobs" $ctest_filter
 }
 
 build_and_test normal ""
 ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1:detect_stack_use_after_return=1 \
+LSAN_OPTIONS="suppressions=$PWD/scripts/lsan.supp:print_suppressions=0" \
 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
     build_and_test asan "" -DVELMORA_SANITIZE=address,undefined -DVELMORA_BUILD_BENCHMARKS=OFF
 TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1 \

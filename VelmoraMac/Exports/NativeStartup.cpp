@@ -19,6 +19,10 @@
 #include "VelmoraMac/ContentCatalog.h"
 #include "VelmoraMac/Host/MenuBarHost.h"
 #include "VelmoraMac/MacStrings.h"
+#include <gdk/gdk.h>
+
+#include "VelmoraMac/Platform/Desktop/DesktopMainThread.h"
+#include "VelmoraMac/Platform/Desktop/DesktopShellPlatform.h"
 #include "VelmoraMac/Platform/Headless/HeadlessMainThread.h"
 #include "VelmoraMac/Platform/Headless/HeadlessShellPlatform.h"
 #include "VelmoraMac/Platform/MainThread.h"
@@ -39,6 +43,8 @@ struct ChosenPlatform {
     ShellPlatform shell;
     // The concrete objects when headless, to play the system through.
     std::shared_ptr<HeadlessShellPlatform> headless;
+    // The desktop's, kept for the life of the process.
+    std::shared_ptr<DesktopShellPlatform> desktop;
     // Without a desktop an alert shows nobody, so its texts also go to
     // standard error, where the renderer's output or the journal keeps them.
     bool alertsUnseen = false;
@@ -64,12 +70,32 @@ std::atomic<MainThread*> startedMainThread{nullptr};
 // from another thread.
 std::mutex platformMutex;
 
-// The one place the platform is chosen. A process that has initialised a
-// GTK display will be given the desktop platform here; until that exists,
-// every process runs headless, on a main thread of the library's own, so
-// the renderer need not run a loop.
+// The desktop platform, built on GTK's thread since GTK is not thread-safe.
+// When another process of ours already runs, it has been asked to come
+// forward and this process ends here, as a second launch of an application
+// does.
+std::unique_ptr<ChosenPlatform> newDesktopPlatform()
+{
+    auto mainThread = std::make_shared<DesktopMainThread>();
+    std::shared_ptr<DesktopShellPlatform> desktop;
+    mainThread->runSync([&] { desktop = DesktopShellPlatform::create(mainThread); });
+    if (!desktop) {
+        (void)std::fflush(nullptr);
+        std::exit(EXIT_SUCCESS);
+    }
+    // GTK's loop is the renderer's: nothing of ours to stop at exit.
+    return std::make_unique<ChosenPlatform>(ChosenPlatform{desktop->platform(), nullptr, desktop, false, {}, nullptr});
+}
+
+// The one place the platform is chosen: the desktop one in a process that
+// has initialised GTK with a display, else the headless one, on a main
+// thread of the library's own, so the renderer need not run a loop.
 std::unique_ptr<ChosenPlatform> newPlatform()
 {
+    // Only reads GDK's default display; a renderer that initialises GTK does
+    // so before it starts the library.
+    if (gdk_display_get_default() != nullptr)
+        return newDesktopPlatform();
     std::shared_ptr<HeadlessShellPlatform> headless = HeadlessShellPlatform::create();
     const std::shared_ptr<HeadlessMainThread> mainThread = std::dynamic_pointer_cast<HeadlessMainThread>(headless->platform().mainThread);
     auto stop = [mainThread] {
@@ -77,7 +103,7 @@ std::unique_ptr<ChosenPlatform> newPlatform()
         if (mainThread && !mainThread->isMainThread())
             mainThread->stop();
     };
-    return std::make_unique<ChosenPlatform>(ChosenPlatform{headless->platform(), headless, true, stop, nullptr});
+    return std::make_unique<ChosenPlatform>(ChosenPlatform{headless->platform(), headless, nullptr, true, stop, nullptr});
 }
 
 ChosenPlatform& platformOnce()

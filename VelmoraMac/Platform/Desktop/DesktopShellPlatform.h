@@ -1,0 +1,42 @@
+#pragma once
+
+#include <memory>
+
+#include "VelmoraMac/Platform/ShellPlatform.h"
+
+namespace velmora {
+
+class DesktopApplication;
+class DesktopSystemEvents;
+
+// The platform of a process that runs GTK 3 with a display: every service
+// through the desktop's own facility (a StatusNotifierItem for the status
+// item, GTK windows, GDK's event handler, org.freedesktop.Notifications,
+// logind, timedated, XDG autostart), wired to one hub of system
+// notifications. Built and used on GTK's thread, the platform's main
+// thread.
+class DesktopShellPlatform {
+public:
+    // Claims the session's single instance first: when another process of
+    // ours runs, it is asked to come forward and this returns null, for the
+    // caller to end the process.
+    static std::shared_ptr<DesktopShellPlatform> create(std::shared_ptr<MainThread> mainThread);
+
+    DesktopShellPlatform(const DesktopShellPlatform&) = delete;
+    DesktopShellPlatform& operator=(const DesktopShellPlatform&) = delete;
+    DesktopShellPlatform(DesktopShellPlatform&&) = delete;
+    DesktopShellPlatform& operator=(DesktopShellPlatform&&) = delete;
+    ~DesktopShellPlatform();
+
+    [[nodiscard]] const ShellPlatform& platform() const { return m_platform; }
+
+private:
+    DesktopShellPlatform() = default;
+
+    ShellPlatform m_platform;
+    // Not a service of the shell's: it only posts to the hub, for as long as
+    // it lives.
+    std::shared_ptr<DesktopSystemEvents> m_systemEvents;
+};
+
+} // namespace velmora
