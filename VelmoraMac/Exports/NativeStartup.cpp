@@ -81,7 +81,9 @@ std::unique_ptr<ChosenPlatform> newDesktopPlatform()
     mainThread->runSync([&] { desktop = DesktopShellPlatform::create(mainThread); });
     if (!desktop) {
         (void)std::fflush(nullptr);
-        std::exit(EXIT_SUCCESS);
+        // The renderer's exit handlers run, as when the user quits; nothing
+        // of ours runs yet that they could race with.
+        std::exit(EXIT_SUCCESS); // NOLINT(concurrency-mt-unsafe)
     }
     // GTK's loop is the renderer's: nothing of ours to stop at exit.
     return std::make_unique<ChosenPlatform>(ChosenPlatform{desktop->platform(), nullptr, desktop, false, {}, nullptr});

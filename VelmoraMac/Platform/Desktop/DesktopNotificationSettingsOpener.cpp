@@ -7,21 +7,6 @@
 
 namespace velmora {
 
-namespace {
-
-bool names(std::string_view desktops, std::string_view wanted)
-{
-    while (!desktops.empty()) {
-        const std::size_t colon = desktops.find(':');
-        if (desktops.substr(0, colon) == wanted)
-            return true;
-        desktops = colon == std::string_view::npos ? std::string_view() : desktops.substr(colon + 1);
-    }
-    return false;
-}
-
-} // namespace
-
 DesktopNotificationSettingsOpener::DesktopNotificationSettingsOpener(std::vector<std::string> settingsCommand, CommandLauncher launcher, std::shared_ptr<DiagnosticLog> log)
     : m_settingsCommand(std::move(settingsCommand))
     , m_launcher(std::move(launcher))
@@ -36,11 +21,11 @@ std::shared_ptr<DesktopNotificationSettingsOpener> DesktopNotificationSettingsOp
 
 std::vector<std::string> DesktopNotificationSettingsOpener::settingsCommandFor(std::string_view currentDesktop)
 {
-    if (names(currentDesktop, "GNOME"))
+    if (currentDesktopIncludes(currentDesktop, "GNOME"))
         return {"gnome-control-center", "notifications"};
-    if (names(currentDesktop, "KDE"))
+    if (currentDesktopIncludes(currentDesktop, "KDE"))
         return {"systemsettings", "kcm_notifications"};
-    if (names(currentDesktop, "XFCE"))
+    if (currentDesktopIncludes(currentDesktop, "XFCE"))
         return {"xfce4-notifyd-config"};
     return {};
 }

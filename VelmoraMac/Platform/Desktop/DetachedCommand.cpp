@@ -22,4 +22,15 @@ bool launchDetached(const std::vector<std::string>& command)
     return true;
 }
 
+bool currentDesktopIncludes(std::string_view currentDesktop, std::string_view wanted)
+{
+    while (!currentDesktop.empty()) {
+        const std::size_t colon = currentDesktop.find(':');
+        if (currentDesktop.substr(0, colon) == wanted)
+            return true;
+        currentDesktop = colon == std::string_view::npos ? std::string_view() : currentDesktop.substr(colon + 1);
+    }
+    return false;
+}
+
 } // namespace velmora

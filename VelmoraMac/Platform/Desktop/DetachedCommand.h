@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace velmora {
@@ -10,5 +11,10 @@ namespace velmora {
 // nowhere. False when it could not be started, an empty command among
 // those reasons.
 bool launchDetached(const std::vector<std::string>& command);
+
+// Whether `currentDesktop` (a colon-separated XDG_CURRENT_DESKTOP such as
+// "ubuntu:GNOME") names `wanted`: the desktop's own settings programs are
+// chosen by it.
+bool currentDesktopIncludes(std::string_view currentDesktop, std::string_view wanted);
 
 } // namespace velmora

@@ -3,9 +3,9 @@
 #include <system_error>
 #include <utility>
 
-#include <glib.h>
 
 #include "AutostartEntry.h"
+#include "DetachedCommand.h"
 #include "LoginLaunchMarker.h"
 #include "VelmoraCore/DurableFile.h"
 #include "VelmoraMac/Platform/LoginItemError.h"
@@ -14,37 +14,6 @@
 namespace velmora {
 
 namespace fs = std::filesystem;
-
-namespace {
-
-bool launchThroughGLib(const std::vector<std::string>& command)
-{
-    std::vector<gchar*> argv;
-    argv.reserve(command.size() + 1);
-    for (const std::string& argument : command)
-        argv.push_back(const_cast<gchar*>(argument.c_str())); // NOLINT(cppcoreguidelines-pro-type-const-cast): GLib only reads it
-    argv.push_back(nullptr);
-    GError* error = nullptr;
-    const auto flags = static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL | G_SPAWN_STDERR_TO_DEV_NULL);
-    if (g_spawn_async(nullptr, argv.data(), nullptr, flags, nullptr, nullptr, nullptr, &error) == FALSE) {
-        g_error_free(error);
-        return false;
-    }
-    return true;
-}
-
-bool names(std::string_view desktops, std::string_view wanted)
-{
-    while (!desktops.empty()) {
-        const std::size_t colon = desktops.find(':');
-        if (desktops.substr(0, colon) == wanted)
-            return true;
-        desktops = colon == std::string_view::npos ? std::string_view() : desktops.substr(colon + 1);
-    }
-    return false;
-}
-
-} // namespace
 
 XdgAutostartLoginItemService::XdgAutostartLoginItemService(fs::path entry, std::vector<std::string> command, std::vector<std::string> settingsCommand, CommandLauncher launcher)
     : m_entry(std::move(entry))
@@ -63,7 +32,7 @@ std::shared_ptr<XdgAutostartLoginItemService> XdgAutostartLoginItemService::forT
     std::vector<std::string> command;
     if (!executable.empty())
         command = LoginLaunchMarker::loginCommand(executable, LoginLaunchMarker::processArguments());
-    return std::make_shared<XdgAutostartLoginItemService>(*configHome / "autostart" / entryName, std::move(command), settingsCommandFor(XdgBaseDirectory::environmentVariable("XDG_CURRENT_DESKTOP")), &launchThroughGLib);
+    return std::make_shared<XdgAutostartLoginItemService>(*configHome / "autostart" / entryName, std::move(command), settingsCommandFor(XdgBaseDirectory::environmentVariable("XDG_CURRENT_DESKTOP")), &launchDetached);
 }
 
 std::optional<fs::path> XdgAutostartLoginItemService::configHomeFrom(std::string_view xdgConfigHome, std::string_view home)
@@ -73,9 +42,9 @@ std::optional<fs::path> XdgAutostartLoginItemService::configHomeFrom(std::string
 
 std::vector<std::string> XdgAutostartLoginItemService::settingsCommandFor(std::string_view currentDesktop)
 {
-    if (names(currentDesktop, "KDE"))
+    if (currentDesktopIncludes(currentDesktop, "KDE"))
         return {"systemsettings", "kcm_autostart"};
-    if (names(currentDesktop, "XFCE"))
+    if (currentDesktopIncludes(currentDesktop, "XFCE"))
         return {"xfce4-session-settings"};
     return {};
 }
