@@ -3,7 +3,6 @@
 #include <system_error>
 #include <utility>
 
-
 #include "AutostartEntry.h"
 #include "DetachedCommand.h"
 #include "LoginLaunchMarker.h"
