@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <gdk-pixbuf/gdk-pixbuf.h>
@@ -214,8 +215,30 @@ protected:
         return value;
     }
 
+    // Whether the menu's object is on the bus yet: the menu library
+    // exports it once its own bus connection comes, from the loop.
+    bool menuExported()
+    {
+        Reply reply;
+        g_dbus_connection_call(m_host, m_itemName.c_str(), StatusNotifierItem::menuPath, "org.freedesktop.DBus.Introspectable", "Introspect", nullptr, G_VARIANT_TYPE("(s)"),
+            G_DBUS_CALL_FLAGS_NONE, -1, nullptr, &replied, &reply);
+        if (!waitUntil([&] { return reply.done; }))
+            return false;
+        bool exported = false;
+        if (reply.value != nullptr) {
+            const gchar* xml = nullptr;
+            g_variant_get(reply.value, "(&s)", &xml);
+            exported = std::string_view(xml).find(menuInterface) != std::string_view::npos;
+            g_variant_unref(reply.value);
+        }
+        if (reply.error != nullptr)
+            g_error_free(reply.error);
+        return exported;
+    }
+
     std::vector<std::string> menuLayout(std::vector<gint32>& ids)
     {
+        EXPECT_TRUE(waitUntil([&] { return menuExported(); }));
         GVariant* layout = callItem(StatusNotifierItem::menuPath, menuInterface, "GetLayout", g_variant_new("(ii@as)", 0, -1, g_variant_new_strv(nullptr, 0)));
         if (layout == nullptr)
             return {};
