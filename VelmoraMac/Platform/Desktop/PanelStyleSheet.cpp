@@ -27,7 +27,7 @@ std::string number(double value)
 } // namespace
 
 PanelStyleSheet::PanelStyleSheet(std::string rootName, const PanelBody& body)
-    : m_root("#" + std::move(rootName))
+    : m_root(std::move(rootName.insert(0, 1, '#')))
 {
     const std::string& root = m_root;
     const std::string foreground = css(body.foreground);
