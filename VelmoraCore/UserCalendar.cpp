@@ -8,23 +8,19 @@
 
 namespace velmora {
 
-namespace {
+UserCalendar::UserCalendar(std::shared_ptr<const icu::TimeZone> zone, std::string identifier)
+    : m_zone(std::move(zone))
+    , m_identifier(std::move(identifier))
+{
+}
 
-std::string identifierOf(const icu::TimeZone& zone)
+std::string UserCalendar::identifierOf(const icu::TimeZone& zone)
 {
     icu::UnicodeString identifier;
     zone.getID(identifier);
     std::string utf8;
     identifier.toUTF8String(utf8);
     return utf8;
-}
-
-} // namespace
-
-UserCalendar::UserCalendar(std::shared_ptr<const icu::TimeZone> zone, std::string identifier)
-    : m_zone(std::move(zone))
-    , m_identifier(std::move(identifier))
-{
 }
 
 UserCalendar UserCalendar::inTimeZone(std::string_view identifier)

@@ -26,6 +26,9 @@ public:
 
     static UserCalendar utc();
 
+    // The zone's identifier as UTF-8, as timeZoneIdentifier() holds it.
+    static std::string identifierOf(const icu::TimeZone& zone);
+
     [[nodiscard]] const icu::TimeZone& timeZone() const { return *m_zone; }
     [[nodiscard]] const std::string& timeZoneIdentifier() const { return m_identifier; }
 

@@ -5,11 +5,11 @@
 
 #include <gio/gunixfdlist.h>
 #include <unicode/timezone.h>
-#include <unicode/unistr.h>
 #include <unistd.h>
 
 #include "DBusSignalSubscription.h"
 #include "GuardedCallback.h"
+#include "VelmoraCore/UserCalendar.h"
 
 namespace velmora {
 
@@ -32,15 +32,6 @@ std::unique_ptr<icu::TimeZone> hostZone()
     return std::unique_ptr<icu::TimeZone>(icu::TimeZone::detectHostTimeZone());
 }
 
-std::string identifierOf(const icu::TimeZone& zone)
-{
-    icu::UnicodeString identifier;
-    zone.getID(identifier);
-    std::string utf8;
-    identifier.toUTF8String(utf8);
-    return utf8;
-}
-
 } // namespace
 
 // A call to logind that takes an inhibitor. The answer may come after its
@@ -56,7 +47,7 @@ DesktopSystemEvents::DesktopSystemEvents(std::shared_ptr<SystemNotificationHub> 
     , m_sessionBus(Connection::share(sessionBus))
 {
     if (const auto zone = hostZone())
-        m_zone = identifierOf(*zone);
+        m_zone = UserCalendar::identifierOf(*zone);
 
     // GLib calls back on the context that is thread-default when one
     // subscribes: made the default one here, whatever the caller pushed.
@@ -175,7 +166,7 @@ void DesktopSystemEvents::zoneMayHaveChanged()
     std::unique_ptr<icu::TimeZone> zone = hostZone();
     if (!zone)
         return;
-    std::string identifier = identifierOf(*zone);
+    std::string identifier = UserCalendar::identifierOf(*zone);
     if (identifier == m_zone)
         return;
     m_zone = std::move(identifier);
