@@ -1,60 +1,15 @@
 #include "DriverProcess.h"
 
-#include <cerrno>
-#include <csignal>
-#include <cstring>
-#include <fstream>
-#include <iterator>
+#include <memory>
 #include <sstream>
 #include <stdexcept>
-#include <system_error>
 
-#include <fcntl.h>
-#include <spawn.h>
+#include <glib.h>
 #include <sys/wait.h>
-#include <unistd.h>
-
-#include "tests/VelmoraCore/TemporaryFolder.h"
-
-extern char** environ; // NOLINT(readability-redundant-declaration): POSIX declares it nowhere else
 
 namespace velmora::test {
 
-namespace fs = std::filesystem;
-
 namespace {
-
-std::vector<std::string> childEnvironment(const DriverProcess::Environment& changes)
-{
-    std::vector<std::string> variables;
-    for (char** entry = environ; *entry != nullptr; ++entry) {
-        const std::string variable(*entry);
-        const std::string name = variable.substr(0, variable.find('='));
-        if (!changes.contains(name))
-            variables.push_back(variable);
-    }
-    for (const auto& [name, value] : changes) {
-        if (value)
-            variables.push_back(name + "=" + *value);
-    }
-    return variables;
-}
-
-std::vector<char*> pointers(std::vector<std::string>& strings)
-{
-    std::vector<char*> result;
-    result.reserve(strings.size() + 1);
-    for (std::string& string : strings)
-        result.push_back(string.data());
-    result.push_back(nullptr);
-    return result;
-}
-
-std::string contents(const fs::path& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
 
 std::vector<std::string> lines(const std::string& text)
 {
@@ -63,12 +18,6 @@ std::vector<std::string> lines(const std::string& text)
     for (std::string line; std::getline(stream, line);)
         result.push_back(line);
     return result;
-}
-
-void check(int error, const char* operation)
-{
-    if (error != 0)
-        throw std::system_error(error, std::system_category(), operation);
 }
 
 } // namespace
@@ -96,49 +45,48 @@ std::vector<std::string> DriverProcess::Result::errorLines() const
     return lines(errors);
 }
 
-fs::path DriverProcess::builtLibrary()
+std::filesystem::path DriverProcess::builtLibrary()
 {
     return VELMORA_NATIVE_LIBRARY;
 }
 
-fs::path DriverProcess::driver()
+DriverProcess::Result DriverProcess::run(const std::filesystem::path& library, const std::string& scenario, const std::vector<std::string>& arguments, const Environment& environment)
 {
-    return VELMORA_EXPORTS_DRIVER;
+    std::vector<std::string> command = {VELMORA_EXPORTS_DRIVER, library.string(), scenario};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    return runProgram(std::move(command), environment);
 }
 
-DriverProcess::Result DriverProcess::run(const fs::path& library, const std::string& scenario, const std::vector<std::string>& arguments, const Environment& environment)
+DriverProcess::Result DriverProcess::runProgram(std::vector<std::string> command, const Environment& environment)
 {
-    // Files rather than pipes: nothing to drain while the child runs.
-    const TemporaryFolder capture;
-    const fs::path outputFile = capture / "output";
-    const fs::path errorFile = capture / "errors";
+    // The GLib calls hand back a possibly moved array and throw nothing, so
+    // the list is owned only once it is complete.
+    gchar** envp = g_get_environ();
+    for (const auto& [name, value] : environment)
+        envp = value ? g_environ_setenv(envp, name.c_str(), value->c_str(), TRUE) : g_environ_unsetenv(envp, name.c_str());
+    const std::unique_ptr<gchar*, decltype(&g_strfreev)> variables(envp, g_strfreev);
 
-    posix_spawn_file_actions_t actions;
-    check(posix_spawn_file_actions_init(&actions), "posix_spawn_file_actions_init");
-    check(posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0), "addopen");
-    check(posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, outputFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), "addopen");
-    check(posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, errorFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), "addopen");
-
-    std::vector<std::string> argumentStrings = {driver().string(), library.string(), scenario};
-    argumentStrings.insert(argumentStrings.end(), arguments.begin(), arguments.end());
-    std::vector<std::string> variables = childEnvironment(environment);
-    std::vector<char*> argv = pointers(argumentStrings);
-    std::vector<char*> envp = pointers(variables);
-
-    pid_t child = 0;
-    const int spawned = posix_spawn(&child, argv.front(), &actions, nullptr, argv.data(), envp.data());
-    posix_spawn_file_actions_destroy(&actions);
-    check(spawned, "posix_spawn");
-
-    int waitStatus = 0;
-    while (::waitpid(child, &waitStatus, 0) < 0) {
-        if (errno != EINTR)
-            throw std::system_error(errno, std::system_category(), "waitpid");
+    std::vector<char*> argv;
+    argv.reserve(command.size() + 1);
+    for (std::string& word : command)
+        argv.push_back(word.data());
+    argv.push_back(nullptr);
+    gchar* output = nullptr;
+    gchar* errors = nullptr;
+    gint waitStatus = 0;
+    GError* error = nullptr;
+    const gboolean spawned = g_spawn_sync(nullptr, argv.data(), envp, G_SPAWN_SEARCH_PATH, nullptr, nullptr, &output, &errors, &waitStatus, &error);
+    const std::unique_ptr<gchar, decltype(&g_free)> outputText(output, g_free);
+    const std::unique_ptr<gchar, decltype(&g_free)> errorText(errors, g_free);
+    if (spawned == FALSE) {
+        const std::string message = error->message;
+        g_error_free(error);
+        throw std::runtime_error(command.front() + ": " + message);
     }
     Result result;
     result.status = WIFEXITED(waitStatus) ? WEXITSTATUS(waitStatus) : 128 + WTERMSIG(waitStatus);
-    result.output = contents(outputFile);
-    result.errors = contents(errorFile);
+    result.output = outputText.get();
+    result.errors = errorText.get();
     return result;
 }
 

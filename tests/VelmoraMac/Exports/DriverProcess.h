@@ -8,8 +8,8 @@
 
 namespace velmora::test {
 
-// One run of the exports driver (ExportsDriver.cpp) in a child process,
-// with the environment of this process changed as asked.
+// A child process run to its end, with the environment of this process
+// changed as asked: the exports driver (ExportsDriver.cpp), or any program.
 class DriverProcess {
 public:
     // Variable → value; an empty optional removes the variable.
@@ -31,12 +31,14 @@ public:
         [[nodiscard]] std::vector<std::string> errorLines() const;
     };
 
-    // The library and the driver as built.
+    // The library as built.
     static std::filesystem::path builtLibrary();
-    static std::filesystem::path driver();
 
-    // Runs `scenario` against `library` and waits for the end.
+    // Runs `scenario` of the driver against `library`.
     static Result run(const std::filesystem::path& library, const std::string& scenario, const std::vector<std::string>& arguments, const Environment& environment);
+    // Runs `command`, its program looked up on PATH. Throws
+    // std::runtime_error when it cannot be started.
+    static Result runProgram(std::vector<std::string> command, const Environment& environment = {});
 };
 
 } // namespace velmora::test

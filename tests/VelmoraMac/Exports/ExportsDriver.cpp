@@ -151,17 +151,7 @@ std::string threadCount()
 
 int run(const NativeLibrary& library, const std::string& scenario, const std::vector<std::string>& arguments)
 {
-    if (scenario == "defaults") {
-        library.notice("smoking");
-        library.notice(nullptr);
-        callWithNullPointers(library);
-        std::cout << "event " << library.takeEvent() << '\n';
-        Reading::of(library).print("");
-        onAnotherThread([&] { Reading::of(library).print("background."); });
-    } else if (scenario == "start") {
-        library.start();
-        std::cout << "returned yes\n";
-    } else if (scenario == "start-twice") {
+    if (scenario == "start-twice") {
         library.start();
         std::cout << "first " << library.takeEvent() << '\n'
                   << "threadsAfterFirst " << threadCount() << '\n';
@@ -169,7 +159,7 @@ int run(const NativeLibrary& library, const std::string& scenario, const std::ve
         std::cout << "second " << library.takeEvent() << '\n'
                   << "threadsAfterSecond " << threadCount() << '\n';
     } else if (scenario == "notice") {
-        // notice <topic>...: each topic in turn, then every event there is.
+        // notice [<topic>...]: each topic in turn, then every event there is.
         library.start();
         std::cout << "initial " << library.takeEvent() << '\n';
         for (const std::string& topic : arguments)
@@ -178,10 +168,13 @@ int run(const NativeLibrary& library, const std::string& scenario, const std::ve
         std::cout << "event " << library.takeEvent() << '\n'
                   << "next " << library.takeEvent() << '\n';
     } else if (scenario == "threads") {
-        // threads <topic>: the same questions from two threads, and events
-        // crossing between them.
+        // threads <topic>: every function before the start, then the same
+        // questions from two threads, and events crossing between them.
+        library.notice(arguments.at(0).c_str());
+        callWithNullPointers(library);
+        std::cout << "before " << library.takeEvent() << '\n';
+        Reading::of(library).print("before.");
         library.start();
-        std::cout << "initial " << library.takeEvent() << '\n';
         Reading::of(library).print("main.");
         onAnotherThread([&] { Reading::of(library).print("background."); });
         onAnotherThread([&] { library.notice(arguments.at(0).c_str()); });

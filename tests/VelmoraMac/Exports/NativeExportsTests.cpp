@@ -14,8 +14,8 @@ using test::DriverProcess;
 class NativeExportsTest : public test::ExportsFixture {
 };
 
-// What every reader gives when nothing is shown: the answers without a host,
-// and with a host that has no pond window.
+// What every reader gives when nothing is shown: the answers before the
+// start, and with a host that has no pond window.
 void expectNothingShown(const DriverProcess::Result& result, const std::string& prefix)
 {
     const std::vector<std::pair<std::string, std::string>> expected = {
@@ -29,20 +29,6 @@ void expectNothingShown(const DriverProcess::Result& result, const std::string& 
     };
     for (const auto& [key, value] : expected)
         EXPECT_EQ(result.value(prefix + key), value) << prefix << key;
-}
-
-TEST_F(NativeExportsTest, Exports_WithoutHost_AnswerDefaultsOnEveryThreadAndNoticeNothing)
-{
-    seed(onboardedState());
-    const std::string before = test::fileBytes(stateFile());
-
-    const DriverProcess::Result result = drive("defaults");
-
-    ASSERT_EQ(result.status, 0) << result.errors;
-    EXPECT_EQ(result.value("event"), "null");
-    expectNothingShown(result, "");
-    expectNothingShown(result, "background.");
-    EXPECT_EQ(test::fileBytes(stateFile()), before);
 }
 
 TEST_F(NativeExportsTest, Start_CalledTwice_BuildsOneHost)
@@ -82,13 +68,17 @@ TEST_F(NativeExportsTest, Notice_TwiceBeforeOneRead_GivesOnlyTheLaterEnvelope)
     EXPECT_EQ(momentsInFile("smoking"), seededSmokingMoments + 2);
 }
 
-TEST_F(NativeExportsTest, Calls_FromAnotherThread_AnswerAsOnTheFirstThread)
+// Before the start every function answers its default and a noticing
+// counts nothing; after it, any thread gets the same answers.
+TEST_F(NativeExportsTest, Calls_BeforeStartOrFromAnotherThread_AnswerAsOnTheFirstThread)
 {
     seed(onboardedState());
 
     const DriverProcess::Result result = drive("threads", {"phone"});
 
     ASSERT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(result.value("before"), "null");
+    expectNothingShown(result, "before.");
     expectNothingShown(result, "main.");
     EXPECT_EQ(result.linesStartingWith("background."), result.linesStartingWith("main."));
     EXPECT_EQ(momentsInEvent(result.value("copiedOnMain").value_or("{}"), "phone"), 1);

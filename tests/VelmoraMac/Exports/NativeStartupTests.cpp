@@ -85,10 +85,10 @@ TEST_F(NativeStartupTest, Failure_ShowsTheAlertInTheUsersLanguageAndEndsWithoutT
             environment["XDG_DATA_HOME"] = blocker.string();
         }
 
-        const DriverProcess::Result result = DriverProcess::run(library, "start", {}, environment);
+        const DriverProcess::Result result = DriverProcess::run(library, "notice", {}, environment);
 
         EXPECT_NE(result.status, 0);
-        EXPECT_FALSE(result.value("returned").has_value()) << "the process went on after a failed start";
+        EXPECT_FALSE(result.value("initial").has_value()) << "the process went on after a failed start";
         const MacStrings::Table& texts = MacStrings::table(entry.expectedLanguage);
         const std::vector<std::string> alert = {texts.at("startupError"), texts.at("startupErrorBody"), texts.at("okay")};
         EXPECT_EQ(result.errorLines(), alert);
@@ -135,10 +135,10 @@ TEST_F(NativeStartupTest, Success_FindsOrMakesTheDataFolderAndWritesNoStateFile)
         environment["XDG_DATA_HOME"] = inFolder(entry.xdgDataHome);
         environment["HOME"] = inFolder(entry.home);
 
-        const DriverProcess::Result result = DriverProcess::run(DriverProcess::builtLibrary(), "start", {}, environment);
+        const DriverProcess::Result result = DriverProcess::run(DriverProcess::builtLibrary(), "notice", {}, environment);
 
         ASSERT_EQ(result.status, 0) << result.errors;
-        EXPECT_EQ(result.value("returned"), "yes");
+        EXPECT_TRUE(result.value("initial").has_value());
         const fs::path expected = folder / entry.expected;
         ASSERT_TRUE(fs::is_directory(expected));
         if (expected != folder / "home") {
