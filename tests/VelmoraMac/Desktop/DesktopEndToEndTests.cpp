@@ -24,8 +24,8 @@
 #include <gtk/gtk.h>
 #include <nlohmann/json.hpp>
 
-#include "DesktopSession.h"
 #include "tests/VelmoraCore/TemporaryFolder.h"
+#include "tests/VelmoraMac/Platform/Desktop/DesktopSession.h"
 #include "velmora/velmora.h"
 
 namespace velmora::test {
@@ -252,35 +252,49 @@ protected:
     // The item's bus name, once it registered with the tray watcher.
     [[nodiscard]] std::optional<std::string> registeredItem() const
     {
-        auto calls = m_session->mockCalls(Bus::session, "org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher", "RegisterStatusNotifierItem");
-        GVariant* list = g_variant_get_child_value(calls.get(), 0);
-        std::optional<std::string> service;
-        if (g_variant_n_children(list) > 0) {
-            GVariant* call = g_variant_get_child_value(list, 0);
-            GVariant* arguments = g_variant_get_child_value(call, 1);
-            GVariant* first = g_variant_get_child_value(arguments, 0);
-            GVariant* value = g_variant_get_variant(first);
-            service = g_variant_get_string(value, nullptr);
-            g_variant_unref(value);
-            g_variant_unref(first);
-            g_variant_unref(arguments);
-            g_variant_unref(call);
-        }
-        g_variant_unref(list);
-        return service;
+        const auto calls = m_session->mockCalls(Bus::session, "org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher", "RegisterStatusNotifierItem");
+        if (calls.empty())
+            return std::nullopt;
+        return g_variant_get_string(calls.front().arguments.at(0).get(), nullptr);
     }
 
     // Calls the status item as a tray host does, without waiting for it:
     // the item answers on this very thread.
-    void callItem(const std::string& service, const char* method) const
+    void callItem(const char* method) const
     {
-        g_dbus_connection_call(m_session->connection(Bus::session), service.c_str(), "/StatusNotifierItem", "org.kde.StatusNotifierItem", method,
+        g_dbus_connection_call(m_session->connection(Bus::session), m_item.c_str(), "/StatusNotifierItem", "org.kde.StatusNotifierItem", method,
             g_variant_new("(ii)", 0, 0), nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr, nullptr);
     }
 
-    void emitSignal(Bus bus, const char* name, const char* path, const char* interface, const char* signal, const char* signature, GVariant* arguments) const
+    // Waits for the item to register and the pond to show, then hides the
+    // pond with a left click on the item.
+    void hideThroughTheItem()
     {
-        m_session->call(bus, name, path, "org.freedesktop.DBus.Mock", "EmitSignal", g_variant_new("(sss@av)", interface, signal, signature, arguments));
+        std::optional<std::string> item;
+        ASSERT_TRUE(runUntil([&] { return (item = registeredItem()).has_value() && pondVisible(); }));
+        m_item = *item;
+        callItem("Activate");
+        ASSERT_TRUE(runUntil([&] { return !pondVisible(); }));
+    }
+
+    // Runs the disabled test `name` of this very program in a process of its
+    // own, on these buses and this display, with `extra` on its command
+    // line; `meanwhile` must come true while it runs. Expects it to pass.
+    static void expectPassesAgain(const std::string& name, const char* extra, const std::function<bool()>& meanwhile)
+    {
+        const std::string self = fs::read_symlink("/proc/self/exe").string();
+        const std::string filter = "--gtest_filter=" + name;
+        const char* const arguments[] = {self.c_str(), filter.c_str(), "--gtest_also_run_disabled_tests", extra, nullptr};
+        GError* error = nullptr;
+        GSubprocess* process = g_subprocess_newv(arguments, G_SUBPROCESS_FLAGS_NONE, &error);
+        ASSERT_NE(process, nullptr) << error->message;
+        bool ended = false;
+        g_subprocess_wait_async(
+            process, nullptr, [](GObject*, GAsyncResult*, gpointer done) { *static_cast<bool*>(done) = true; }, &ended);
+        EXPECT_TRUE(runUntil(meanwhile, 30));
+        EXPECT_TRUE(runUntil([&] { return ended; }, 60));
+        EXPECT_TRUE(ended && g_subprocess_get_if_exited(process) != FALSE && g_subprocess_get_exit_status(process) == EXIT_SUCCESS) << name;
+        g_object_unref(process);
     }
 
     std::optional<DesktopSession> m_session;
@@ -289,10 +303,9 @@ protected:
     GtkWidget* m_window = nullptr;
     GtkWidget* m_area = nullptr;
     int m_snapshots = 0;
+    std::string m_item;
     // The topic the renderer notices when the pond is clicked in its middle.
     std::string m_lotus = topic;
-
-    static void subprocessEnded(GObject* /*subprocess*/, GAsyncResult* /*result*/, gpointer ended) { *static_cast<bool*>(ended) = true; }
 
 private:
     static gboolean draw(GtkWidget* /*widget*/, cairo_t* cairo, gpointer /*data*/)
@@ -338,12 +351,8 @@ TEST_F(DesktopEndToEnd, StatusItem_RegistersAndItsClicksToggleThePond)
 {
     seedOnboardedUser(dataHome());
     start();
-    std::optional<std::string> item;
-    ASSERT_TRUE(runUntil([&] { return (item = registeredItem()).has_value(); }));
-    ASSERT_TRUE(runUntil([&] { return pondVisible(); }));
-    callItem(*item, "Activate");
-    EXPECT_TRUE(runUntil([&] { return !pondVisible(); }));
-    callItem(*item, "Activate");
+    hideThroughTheItem();
+    callItem("Activate");
     EXPECT_TRUE(runUntil([&] { return pondVisible(); }));
 }
 
@@ -353,7 +362,7 @@ TEST_F(DesktopEndToEnd, Sleep_HidesEverything)
     start();
     ASSERT_TRUE(runUntil([&] { return pondVisible(); }));
     settle();
-    emitSignal(Bus::system, "org.freedesktop.login1", "/org/freedesktop/login1", "org.freedesktop.login1.Manager", "PrepareForSleep", "b",
+    m_session->emit(Bus::system, "org.freedesktop.login1", "/org/freedesktop/login1", "org.freedesktop.login1.Manager", "PrepareForSleep", "b",
         g_variant_new_parsed("[<true>]"));
     EXPECT_TRUE(runUntil([&] { return !pondVisible(); }));
     EXPECT_FALSE(gtk_widget_get_mapped(m_window));
@@ -382,22 +391,10 @@ TEST_F(DesktopEndToEnd, Reminder_IsPostedAtItsMinuteAndItsClickOpensThePond)
     localtime_r(&now, &local);
     seedOnboardedUser(dataHome(), true, local.tm_hour, local.tm_min);
     start();
-    ASSERT_TRUE(runUntil([&] { return pondVisible(); }));
-    std::optional<std::string> item;
-    ASSERT_TRUE(runUntil([&] { return (item = registeredItem()).has_value(); }));
-    callItem(*item, "Activate");
-    ASSERT_TRUE(runUntil([&] { return !pondVisible(); }));
-
-    const auto notified = [&] {
-        auto calls = m_session->mockCalls(Bus::session, "org.freedesktop.Notifications", "/org/freedesktop/Notifications", "Notify");
-        GVariant* list = g_variant_get_child_value(calls.get(), 0);
-        const bool any = g_variant_n_children(list) > 0;
-        g_variant_unref(list);
-        return any;
-    };
-    ASSERT_TRUE(runUntil(notified, 90));
+    hideThroughTheItem();
+    ASSERT_TRUE(runUntil([&] { return !m_session->mockCalls(Bus::session, "org.freedesktop.Notifications", "/org/freedesktop/Notifications", "Notify").empty(); }, 90));
     // The daemon numbers its notifications from 1.
-    emitSignal(Bus::session, "org.freedesktop.Notifications", "/org/freedesktop/Notifications", "org.freedesktop.Notifications", "ActionInvoked", "us",
+    m_session->emit(Bus::session, "org.freedesktop.Notifications", "/org/freedesktop/Notifications", "org.freedesktop.Notifications", "ActionInvoked", "us",
         g_variant_new_parsed("[<@u 1>, <'default'>]"));
     EXPECT_TRUE(runUntil([&] { return pondVisible(); }));
 }
@@ -406,24 +403,8 @@ TEST_F(DesktopEndToEnd, SecondLaunch_BringsTheFirstForward)
 {
     seedOnboardedUser(dataHome());
     start();
-    std::optional<std::string> item;
-    ASSERT_TRUE(runUntil([&] { return (item = registeredItem()).has_value() && pondVisible(); }));
-    callItem(*item, "Activate");
-    ASSERT_TRUE(runUntil([&] { return !pondVisible(); }));
-
-    // This very program again, starting only the library.
-    const std::string self = fs::read_symlink("/proc/self/exe").string();
-    const char* const arguments[] = {self.c_str(), "--gtest_filter=DesktopSecondLaunch.*", "--gtest_also_run_disabled_tests", nullptr};
-    GError* error = nullptr;
-    GSubprocess* second = g_subprocess_newv(arguments, G_SUBPROCESS_FLAGS_NONE, &error);
-    ASSERT_NE(second, nullptr) << error->message;
-    bool ended = false;
-    g_subprocess_wait_async(second, nullptr, &DesktopEndToEnd::subprocessEnded, &ended);
-    EXPECT_TRUE(runUntil([&] { return pondVisible(); }, 30));
-    ASSERT_TRUE(runUntil([&] { return ended; }, 30));
-    EXPECT_NE(g_subprocess_get_if_exited(second), FALSE);
-    EXPECT_EQ(g_subprocess_get_exit_status(second), EXIT_SUCCESS);
-    g_object_unref(second);
+    hideThroughTheItem();
+    expectPassesAgain("DesktopSecondLaunch.*", nullptr, [&] { return pondVisible(); });
 }
 
 TEST_F(DesktopEndToEnd, Onboarding_ClickedThroughThePanel_EndsInAPondWithLotuses)
@@ -483,17 +464,7 @@ TEST_F(DesktopEndToEnd, LaunchAtLogin_IsRecognisedAndWaitsInTheTray)
 {
     seedOnboardedUser(dataHome());
     // This very program again, as the autostart entry starts it.
-    const std::string self = fs::read_symlink("/proc/self/exe").string();
-    const char* const arguments[] = {self.c_str(), "--gtest_filter=DesktopLoginLaunch.*", "--gtest_also_run_disabled_tests", "--velmora-login", nullptr};
-    GError* error = nullptr;
-    GSubprocess* launched = g_subprocess_newv(arguments, G_SUBPROCESS_FLAGS_NONE, &error);
-    ASSERT_NE(launched, nullptr) << error->message;
-    bool ended = false;
-    g_subprocess_wait_async(launched, nullptr, &DesktopEndToEnd::subprocessEnded, &ended);
-    ASSERT_TRUE(runUntil([&] { return ended; }, 60));
-    EXPECT_NE(g_subprocess_get_if_exited(launched), FALSE);
-    EXPECT_EQ(g_subprocess_get_exit_status(launched), EXIT_SUCCESS);
-    g_object_unref(launched);
+    expectPassesAgain("DesktopLoginLaunch.*", "--velmora-login", [] { return true; });
 }
 
 // Run by LaunchAtLogin_IsRecognisedAndWaitsInTheTray with the login marker

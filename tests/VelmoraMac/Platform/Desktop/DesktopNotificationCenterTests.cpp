@@ -13,57 +13,38 @@
 #include <gio/gio.h>
 #include <gtest/gtest.h>
 
-#include "DBusMockServer.h"
+#include "DesktopSession.h"
 #include "VelmoraMac/Platform/Desktop/DesktopNotificationCenter.h"
 
 namespace velmora {
 namespace {
 
 using namespace std::chrono_literals;
+using test::DesktopSession;
+using Bus = DesktopSession::Bus;
 
 constexpr const char* serverName = "org.freedesktop.Notifications";
 constexpr const char* serverPath = "/org/freedesktop/Notifications";
 
-// One Notify call as the server received it.
+// Iterates nothing: the centre runs on a thread of its own.
+bool waitUntil(const std::function<bool()>& done)
+{
+    const auto deadline = std::chrono::steady_clock::now() + 20s;
+    while (!done()) {
+        if (std::chrono::steady_clock::now() > deadline)
+            return false;
+        std::this_thread::sleep_for(10ms);
+    }
+    return true;
+}
+
+// What of a Notify call decides what the user sees and what a click does.
 struct Notification {
-    std::string appName;
-    std::uint32_t replacesId = 0;
-    std::string icon;
-    std::string summary;
     std::string body;
     std::vector<std::string> actions;
     std::map<std::string, std::string> hints;
-    std::int32_t timeout = 0;
+    std::uint64_t time = 0;
 };
-
-Notification notificationFrom(const std::vector<GVariant*>& arguments)
-{
-    Notification notification;
-    if (arguments.size() != 8) {
-        ADD_FAILURE() << "Notify takes eight arguments, not " << arguments.size();
-        return notification;
-    }
-    notification.appName = g_variant_get_string(arguments[0], nullptr);
-    notification.replacesId = g_variant_get_uint32(arguments[1]);
-    notification.icon = g_variant_get_string(arguments[2], nullptr);
-    notification.summary = g_variant_get_string(arguments[3], nullptr);
-    notification.body = g_variant_get_string(arguments[4], nullptr);
-    for (gsize index = 0; index < g_variant_n_children(arguments[5]); ++index) {
-        GVariant* action = g_variant_get_child_value(arguments[5], index);
-        notification.actions.emplace_back(g_variant_get_string(action, nullptr));
-        g_variant_unref(action);
-    }
-    GVariantIter hints;
-    g_variant_iter_init(&hints, arguments[6]);
-    const gchar* key = nullptr;
-    GVariant* value = nullptr;
-    while (g_variant_iter_next(&hints, "{&sv}", &key, &value) != FALSE) {
-        notification.hints.emplace(key, g_variant_is_of_type(value, G_VARIANT_TYPE_STRING) != FALSE ? g_variant_get_string(value, nullptr) : "(not a string)");
-        g_variant_unref(value);
-    }
-    notification.timeout = g_variant_get_int32(arguments[7]);
-    return notification;
-}
 
 // What the centre answered, from its own thread.
 template <typename T>
@@ -100,44 +81,23 @@ private:
     std::vector<std::thread::id> m_threads;
 };
 
-// A private session bus with a notification server (python3-dbusmock's
-// notification_daemon) on it, and a centre on that bus whose triggers fire
-// within seconds: a trigger's minute counts seconds from the test's start,
-// so that no test waits for a real minute to turn.
+// A notification server (python3-dbusmock's notification_daemon) on a
+// private session bus, and a centre whose triggers fire within seconds: a
+// trigger's minute counts seconds from the test's start, so that no test
+// waits for a real minute to turn.
 class DesktopNotificationCenterTest : public testing::Test {
-public:
-    DesktopNotificationCenterTest(const DesktopNotificationCenterTest&) = delete;
-    DesktopNotificationCenterTest& operator=(const DesktopNotificationCenterTest&) = delete;
-    DesktopNotificationCenterTest(DesktopNotificationCenterTest&&) = delete;
-    DesktopNotificationCenterTest& operator=(DesktopNotificationCenterTest&&) = delete;
-
 protected:
     DesktopNotificationCenterTest()
     {
         // In memory, so that no test reads or writes the user's settings.
         g_setenv("GSETTINGS_BACKEND", "memory", TRUE);
-        g_test_dbus_up(m_bus);
-        const auto flags = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
-        m_connection = g_dbus_connection_new_for_address_sync(g_test_dbus_get_bus_address(m_bus), flags, nullptr, nullptr, nullptr);
     }
 
-    ~DesktopNotificationCenterTest() override
-    {
-        m_center.reset();
-        m_server.reset();
-        g_object_unref(m_connection);
-        g_test_dbus_down(m_bus);
-        g_object_unref(m_bus);
-    }
-
-    void startServer()
-    {
-        m_server = std::make_unique<DBusMockServer>(g_test_dbus_get_bus_address(m_bus), DBusMockServer::BusKind::session, serverName, serverPath, std::vector<std::string>{"--template", "notification_daemon"});
-    }
+    void startServer() { m_session.startMock(Bus::session, serverName, {"--template", "notification_daemon"}); }
 
     void startCenter()
     {
-        m_center = std::make_unique<DesktopNotificationCenter>(m_connection, [start = m_start](const NotificationTrigger& trigger) -> std::optional<Instant> {
+        m_center = std::make_unique<DesktopNotificationCenter>(m_session.connection(Bus::session), [start = m_start](const NotificationTrigger& trigger) -> std::optional<Instant> {
             if (!trigger.instant())
                 return std::nullopt;
             return start + std::chrono::seconds(trigger.minute);
@@ -154,25 +114,37 @@ protected:
         return request;
     }
 
-    std::vector<Notification> posted() const
+    [[nodiscard]] std::vector<DesktopSession::MockCall> calls(const char* method) const { return m_session.mockCalls(Bus::session, serverName, serverPath, method); }
+
+    [[nodiscard]] std::vector<Notification> posted() const
     {
-        auto calls = m_server->methodCalls("Notify");
         std::vector<Notification> notifications;
-        notifications.reserve(calls.size());
-        for (const auto& call : calls)
-            notifications.push_back(notificationFrom(call));
-        freeCalls(calls);
+        for (const auto& call : calls("Notify")) {
+            Notification& notification = notifications.emplace_back();
+            notification.body = g_variant_get_string(call.arguments.at(4).get(), nullptr);
+            notification.time = call.time;
+            const gchar** actions = g_variant_get_strv(call.arguments.at(5).get(), nullptr);
+            for (const gchar** action = actions; *action != nullptr; ++action)
+                notification.actions.emplace_back(*action);
+            g_free(static_cast<gpointer>(actions));
+            GVariantIter hints;
+            g_variant_iter_init(&hints, call.arguments.at(6).get());
+            const gchar* key = nullptr;
+            GVariant* value = nullptr;
+            while (g_variant_iter_next(&hints, "{&sv}", &key, &value) != FALSE) {
+                notification.hints.emplace(key, g_variant_is_of_type(value, G_VARIANT_TYPE_STRING) != FALSE ? g_variant_get_string(value, nullptr) : "(not a string)");
+                g_variant_unref(value);
+            }
+        }
         return notifications;
     }
 
-    bool waitForPosts(std::size_t count) const
+    void invoke(std::uint32_t id, const char* action) const
     {
-        return waitUntil([&] { return posted().size() >= count; });
+        m_session.emit(Bus::session, serverName, serverPath, serverName, "ActionInvoked", "us", g_variant_new_parsed("[<%u>, <%s>]", id, action));
     }
 
-    GTestDBus* m_bus = g_test_dbus_new(G_TEST_DBUS_NONE);
-    GDBusConnection* m_connection = nullptr;
-    std::unique_ptr<DBusMockServer> m_server;
+    DesktopSession m_session;
     Instant m_start = std::chrono::time_point_cast<std::chrono::milliseconds>(std::chrono::system_clock::now());
     std::unique_ptr<DesktopNotificationCenter> m_center;
 };
@@ -190,27 +162,19 @@ TEST_F(DesktopNotificationCenterTest, PendingRequests_ArePostedInTheOrderOfTheir
     EXPECT_EQ(added.waitFor(2), (std::vector<std::optional<std::string>>{std::nullopt, std::nullopt}));
     EXPECT_FALSE(added.anyOn(std::this_thread::get_id())) << "answered on the centre's thread";
 
-    ASSERT_TRUE(waitForPosts(2));
+    ASSERT_TRUE(waitUntil([&] { return posted().size() >= 2; }));
     const std::vector<Notification> notifications = posted();
     ASSERT_EQ(notifications.size(), 2U);
-    const Notification& first = notifications[0];
-    EXPECT_EQ(first.appName, "Velmora");
-    EXPECT_EQ(first.replacesId, 0U);
-    EXPECT_EQ(first.icon, "");
-    EXPECT_EQ(first.summary, "velmora");
-    EXPECT_EQ(first.body, "Breathe out");
-    EXPECT_EQ(first.actions, (std::vector<std::string>{"default", ""}));
-    EXPECT_EQ(first.hints, (std::map<std::string, std::string>{{"desktop-entry", "app.velmora.mac"}})) << "no sound asked for";
-    EXPECT_EQ(first.timeout, -1);
+    EXPECT_EQ(notifications[0].body, "Breathe out");
+    EXPECT_EQ(notifications[0].actions, (std::vector<std::string>{"default", ""})) << "a click on the body reports \"default\"";
+    EXPECT_EQ(notifications[0].hints, (std::map<std::string, std::string>{{"desktop-entry", "app.velmora.mac"}})) << "no sound asked for";
     EXPECT_EQ(notifications[1].body, "Breathe in");
     EXPECT_EQ(notifications[1].hints, (std::map<std::string, std::string>{{"desktop-entry", "app.velmora.mac"}, {"sound-name", "message-new-instant"}}));
 
     // Not before their time: the server's clock reads whole seconds.
     const auto secondsOf = [](Instant instant) { return static_cast<std::uint64_t>(std::chrono::floor<std::chrono::seconds>(instant).time_since_epoch().count()); };
-    const std::vector<std::uint64_t> times = m_server->methodCallTimes("Notify");
-    ASSERT_EQ(times.size(), 2U);
-    EXPECT_GE(times[0], secondsOf(m_start + 2s));
-    EXPECT_GE(times[1], secondsOf(m_start + 3s));
+    EXPECT_GE(notifications[0].time, secondsOf(m_start + 2s));
+    EXPECT_GE(notifications[1].time, secondsOf(m_start + 3s));
 }
 
 TEST_F(DesktopNotificationCenterTest, RemovedReplacedPastAndTimelessRequests_PostNothing)
@@ -233,7 +197,7 @@ TEST_F(DesktopNotificationCenterTest, RemovedReplacedPastAndTimelessRequests_Pos
 
     // The last request comes after every time the others had: once it is
     // shown, none of them ever will be.
-    ASSERT_TRUE(waitForPosts(1));
+    ASSERT_TRUE(waitUntil([&] { return !posted().empty(); }));
     const std::vector<Notification> notifications = posted();
     ASSERT_EQ(notifications.size(), 1U);
     EXPECT_EQ(notifications[0].body, "the one");
@@ -250,12 +214,8 @@ TEST_F(DesktopNotificationCenterTest, ClicksOnOurShownNotifications_ReachTheHand
     });
     m_center->add(request("practice-0", 1), nullptr);
     m_center->add(request("practice-1", 1), nullptr);
-    ASSERT_TRUE(waitForPosts(2));
+    ASSERT_TRUE(waitUntil([&] { return posted().size() >= 2; }));
     // The server numbers from 1, in the order it was asked.
-    const auto invoke = [&](std::uint32_t id, const char* action) {
-        GVariant* arguments[] = {g_variant_new_variant(g_variant_new_uint32(id)), g_variant_new_variant(g_variant_new_string(action))};
-        m_server->emit(serverName, "ActionInvoked", "us", g_variant_new_array(G_VARIANT_TYPE_VARIANT, arguments, 2));
-    };
     invoke(7, "default"); // another client's
     invoke(1, "snooze");
     invoke(1, "default");
@@ -263,8 +223,7 @@ TEST_F(DesktopNotificationCenterTest, ClicksOnOurShownNotifications_ReachTheHand
     EXPECT_FALSE(clicks.anyOn(std::this_thread::get_id()));
 
     // Once the server says it closed one, its id is no longer ours.
-    GVariant* closed[] = {g_variant_new_variant(g_variant_new_uint32(1)), g_variant_new_variant(g_variant_new_uint32(2))};
-    m_server->emit(serverName, "NotificationClosed", "uu", g_variant_new_array(G_VARIANT_TYPE_VARIANT, closed, 2));
+    m_session.emit(Bus::session, serverName, serverPath, serverName, "NotificationClosed", "uu", g_variant_new_parsed("[<@u 1>, <@u 2>]"));
     invoke(1, "default");
     invoke(2, "default");
     EXPECT_EQ(clicks.waitFor(2), (std::vector<std::string>{"practice-0", "practice-1"}));
@@ -273,18 +232,12 @@ TEST_F(DesktopNotificationCenterTest, ClicksOnOurShownNotifications_ReachTheHand
     // handler.
     m_center->setClickHandler(nullptr);
     m_center->removeAllDelivered();
-    ASSERT_TRUE(waitUntil([&] {
-        auto calls = m_server->methodCalls("CloseNotification");
-        const bool any = !calls.empty();
-        freeCalls(calls);
-        return any;
-    }));
-    auto calls = m_server->methodCalls("CloseNotification");
-    ASSERT_EQ(calls.size(), 1U);
+    ASSERT_TRUE(waitUntil([&] { return !calls("CloseNotification").empty(); }));
+    const auto closed = calls("CloseNotification");
+    ASSERT_EQ(closed.size(), 1U);
     // The mock declares the id signed; the protocol, and we, send it unsigned.
-    GVariant* closedId = calls[0][0];
+    GVariant* closedId = closed[0].arguments.at(0).get();
     EXPECT_EQ(g_variant_is_of_type(closedId, G_VARIANT_TYPE_INT32) != FALSE ? static_cast<std::int64_t>(g_variant_get_int32(closedId)) : static_cast<std::int64_t>(g_variant_get_uint32(closedId)), 2);
-    freeCalls(calls);
 }
 
 struct AuthorizationCase {
@@ -304,6 +257,7 @@ TEST_F(DesktopNotificationCenterTest, Authorization_FollowsTheServerAndGnomesSwi
         {.name = "a server", .server = true, .gnomeSwitchOn = true, .status = NotificationAuthorizationStatus::authorized},
         {.name = "GNOME's switch off", .server = true, .gnomeSwitchOn = false, .status = NotificationAuthorizationStatus::denied},
     };
+    bool serverStarted = false;
     for (const AuthorizationCase& testCase : cases) {
         SCOPED_TRACE(testCase.name);
         if (!testCase.gnomeSwitchOn && gnome == nullptr) {
@@ -312,8 +266,10 @@ TEST_F(DesktopNotificationCenterTest, Authorization_FollowsTheServerAndGnomesSwi
         }
         if (gnome != nullptr)
             g_settings_set_boolean(gnome, "enable", testCase.gnomeSwitchOn ? TRUE : FALSE);
-        if (testCase.server && !m_server)
+        if (testCase.server && !serverStarted) {
             startServer();
+            serverStarted = true;
+        }
         startCenter();
         Answers<NotificationAuthorizationStatus> statuses;
         Answers<bool> grants;

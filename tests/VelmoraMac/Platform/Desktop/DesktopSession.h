@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -42,8 +43,16 @@ public:
     // A blocking call to a service of another process (a mock); throws with
     // the D-Bus error.
     VariantPointer call(Bus bus, const std::string& name, const std::string& path, const std::string& interface, const std::string& method, GVariant* parameters) const;
-    // The calls of `method` a mock recorded, as (timestamp, method, args).
-    VariantPointer mockCalls(Bus bus, const std::string& name, const std::string& path, const std::string& method) const;
+    // One call a mock recorded: when it came, in whole seconds since the
+    // epoch, and its arguments.
+    struct MockCall {
+        std::uint64_t time = 0;
+        std::vector<VariantPointer> arguments;
+    };
+    // The calls of `method` a mock recorded, in order.
+    [[nodiscard]] std::vector<MockCall> mockCalls(Bus bus, const std::string& name, const std::string& path, const std::string& method) const;
+    // Sends a signal from a mock's object; `arguments` is its "av".
+    void emit(Bus bus, const std::string& name, const std::string& path, const char* interface, const char* signal, const char* signature, GVariant* arguments) const;
 
     [[nodiscard]] GDBusConnection* connection(Bus bus) const;
 

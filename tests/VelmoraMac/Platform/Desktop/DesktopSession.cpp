@@ -142,9 +142,28 @@ DesktopSession::VariantPointer DesktopSession::call(Bus bus, const std::string& 
     return VariantPointer::adopt(reply);
 }
 
-DesktopSession::VariantPointer DesktopSession::mockCalls(Bus bus, const std::string& name, const std::string& path, const std::string& method) const
+std::vector<DesktopSession::MockCall> DesktopSession::mockCalls(Bus bus, const std::string& name, const std::string& path, const std::string& method) const
 {
-    return call(bus, name, path, "org.freedesktop.DBus.Mock", "GetMethodCalls", g_variant_new("(s)", method.c_str()));
+    const VariantPointer reply = call(bus, name, path, "org.freedesktop.DBus.Mock", "GetMethodCalls", g_variant_new("(s)", method.c_str()));
+    GVariantIter* list = nullptr;
+    g_variant_get(reply.get(), "(a(tav))", &list);
+    std::vector<MockCall> calls;
+    guint64 time = 0;
+    GVariantIter* arguments = nullptr;
+    while (g_variant_iter_next(list, "(tav)", &time, &arguments) != FALSE) {
+        MockCall& recorded = calls.emplace_back(MockCall{.time = time, .arguments = {}});
+        GVariant* argument = nullptr;
+        while (g_variant_iter_next(arguments, "v", &argument) != FALSE)
+            recorded.arguments.push_back(VariantPointer::adopt(argument));
+        g_variant_iter_free(arguments);
+    }
+    g_variant_iter_free(list);
+    return calls;
+}
+
+void DesktopSession::emit(Bus bus, const std::string& name, const std::string& path, const char* interface, const char* signal, const char* signature, GVariant* arguments) const
+{
+    call(bus, name, path, "org.freedesktop.DBus.Mock", "EmitSignal", g_variant_new("(sss@av)", interface, signal, signature, arguments));
 }
 
 } // namespace velmora::test
