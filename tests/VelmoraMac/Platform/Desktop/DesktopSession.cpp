@@ -29,18 +29,6 @@ void killNow(GSubprocess* process)
     (void)g_subprocess_wait(process, nullptr, nullptr);
 }
 
-bool hasOwner(GDBusConnection* connection, const std::string& name)
-{
-    GVariant* reply = g_dbus_connection_call_sync(connection, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "NameHasOwner",
-        g_variant_new("(s)", name.c_str()), G_VARIANT_TYPE("(b)"), G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr);
-    if (reply == nullptr)
-        return false;
-    gboolean owned = FALSE;
-    g_variant_get(reply, "(b)", &owned);
-    g_variant_unref(reply);
-    return owned != FALSE;
-}
-
 } // namespace
 
 DesktopSession::DesktopSession()
@@ -83,9 +71,7 @@ DesktopSession::~DesktopSession()
             g_object_unref(shared);
         }
     }
-    for (const auto& mock : m_mocks)
-        killNow(mock.get());
-    m_mocks.clear();
+    stopMocks();
     m_system.reset();
     m_session.reset();
     if (m_systemBusDaemon)
@@ -117,11 +103,30 @@ void DesktopSession::startMock(Bus bus, const std::string& name, const std::vect
         throw errorFrom("dbusmock", error);
     m_mocks.push_back(std::move(mock));
     const auto deadline = std::chrono::steady_clock::now() + serviceDeadline;
-    while (!hasOwner(connection(bus), name)) {
+    while (!hasOwner(bus, name)) {
         if (std::chrono::steady_clock::now() > deadline)
             throw std::runtime_error("mock " + name + " did not come");
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
     }
+}
+
+void DesktopSession::stopMocks()
+{
+    for (const auto& mock : m_mocks)
+        killNow(mock.get());
+    m_mocks.clear();
+}
+
+bool DesktopSession::hasOwner(Bus bus, const std::string& name) const
+{
+    GVariant* reply = g_dbus_connection_call_sync(connection(bus), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "NameHasOwner",
+        g_variant_new("(s)", name.c_str()), G_VARIANT_TYPE("(b)"), G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr);
+    if (reply == nullptr)
+        return false;
+    gboolean owned = FALSE;
+    g_variant_get(reply, "(b)", &owned);
+    g_variant_unref(reply);
+    return owned != FALSE;
 }
 
 void DesktopSession::startTrayWatcher()

@@ -39,6 +39,9 @@ public:
     // The StatusNotifierWatcher a tray host serves, recording every item
     // that registers.
     void startTrayWatcher();
+    // Ends every mock at once, as a crash would.
+    void stopMocks();
+    [[nodiscard]] bool hasOwner(Bus bus, const std::string& name) const;
 
     // A blocking call to a service of another process (a mock); throws with
     // the D-Bus error.

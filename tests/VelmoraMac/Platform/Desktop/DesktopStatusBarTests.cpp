@@ -12,6 +12,7 @@
 #include <gtk/gtk.h>
 #include <unistd.h>
 
+#include "DesktopSession.h"
 #include "VelmoraMac/Platform/Desktop/DesktopStatusBar.h"
 #include "VelmoraMac/Platform/Desktop/StatusNotifierIcon.h"
 #include "VelmoraMac/Platform/Desktop/StatusNotifierItem.h"
@@ -30,7 +31,7 @@ namespace {
 
 constexpr const char* itemInterface = "org.kde.StatusNotifierItem";
 constexpr const char* menuInterface = "com.canonical.dbusmenu";
-constexpr const char* mockInterface = "org.freedesktop.DBus.Mock";
+using Bus = test::DesktopSession::Bus;
 
 constexpr gint64 patience = gint64{10} * G_USEC_PER_SEC;
 
@@ -94,7 +95,7 @@ std::vector<std::string> entriesOf(GVariant* layout, std::vector<gint32>& ids)
     return entries;
 }
 
-// A private session bus with a connection that plays the tray host, and a
+// A private session bus whose own connection plays the tray host, and a
 // tray watcher served by python3-dbusmock in a process of its own.
 class DesktopStatusBarTest : public testing::Test {
 public:
@@ -104,82 +105,34 @@ public:
     DesktopStatusBarTest& operator=(DesktopStatusBarTest&&) = delete;
 
 protected:
-    DesktopStatusBarTest()
-        // Before the private bus, which takes DISPLAY away.
-        : m_hasDisplay(gtk_init_check(nullptr, nullptr) != FALSE)
-    {
-        g_test_dbus_up(m_testBus);
-        // GTestDBus points the session bus at itself: this is the shared
-        // connection the menu library serves on.
-        m_session = g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr);
-        const auto flags = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
-        m_host = g_dbus_connection_new_for_address_sync(g_test_dbus_get_bus_address(m_testBus), flags, nullptr, nullptr, nullptr);
-    }
-
+    DesktopStatusBarTest() = default;
     ~DesktopStatusBarTest() override
     {
         m_item.reset();
-        stopWatcher();
         // GDBus finishes giving the name back on the loop.
-        (void)waitUntil([this] { return !hasOwner(m_itemName); });
-        g_object_unref(m_host);
-        g_object_unref(m_session);
-        g_test_dbus_down(m_testBus);
-        g_object_unref(m_testBus);
+        (void)waitUntil([this] { return !m_session.hasOwner(Bus::session, m_itemName); });
+        // The next test's item must get a connection to its own bus, not
+        // this one: the shared connection has to be gone first.
+        g_object_add_weak_pointer(G_OBJECT(m_shared), reinterpret_cast<gpointer*>(&m_shared)); // NOLINT(cppcoreguidelines-pro-type-reinterpret-cast): GLib's weak pointer
+        g_object_unref(m_shared);
+        EXPECT_TRUE(waitUntil([this] { return m_shared == nullptr; }));
     }
 
     std::shared_ptr<StatusItem> makeItem()
     {
-        DesktopStatusBar bar(m_session);
+        DesktopStatusBar bar(m_shared);
         m_item = bar.statusItem(28);
         m_itemName = static_cast<StatusNotifierItem&>(*m_item).busName();
-        EXPECT_TRUE(waitUntil([this] { return hasOwner(m_itemName); }));
+        EXPECT_TRUE(waitUntil([this] { return m_session.hasOwner(Bus::session, m_itemName); }));
         return m_item;
     }
 
-    // The watcher's mock answers RegisterStatusNotifierItem before the item
-    // can hear of it: the item only learns that the watcher came when the
-    // loop is iterated, which starting it does not do.
-    void startWatcher()
-    {
-        m_watcher = g_subprocess_new(G_SUBPROCESS_FLAGS_NONE, nullptr, "/usr/bin/python3", "-m", "dbusmock", "--session", StatusNotifierItem::watcherName, StatusNotifierItem::watcherPath, StatusNotifierItem::watcherName, nullptr);
-        ASSERT_NE(m_watcher, nullptr);
-        ASSERT_TRUE(waitUntil([this] { return hasOwner(StatusNotifierItem::watcherName); }, false)) << "the mock watcher did not start";
-        drop(callWatcher("AddMethod", g_variant_new("(sssss)", "", "RegisterStatusNotifierItem", "s", "", "")));
-        drop(callWatcher("AddProperty", g_variant_new("(ssv)", "", "IsStatusNotifierHostRegistered", g_variant_new_boolean(TRUE))));
-    }
-
-    void stopWatcher()
-    {
-        if (m_watcher == nullptr)
-            return;
-        g_subprocess_force_exit(m_watcher);
-        (void)g_subprocess_wait(m_watcher, nullptr, nullptr);
-        g_clear_object(&m_watcher);
-        // The bus drops a dead process's names on its own time.
-        EXPECT_TRUE(waitUntil([this] { return !hasOwner(StatusNotifierItem::watcherName); }, false));
-    }
-
     // The services the running watcher was asked to register.
-    std::vector<std::string> registrations()
+    [[nodiscard]] std::vector<std::string> registrations() const
     {
         std::vector<std::string> services;
-        GVariant* calls = callWatcher("GetCalls", nullptr);
-        if (calls == nullptr)
-            return services;
-        GVariantIter* iterator = nullptr;
-        g_variant_get(calls, "(a(tsav))", &iterator);
-        const gchar* method = nullptr;
-        GVariantIter* arguments = nullptr;
-        while (g_variant_iter_loop(iterator, "(t&sav)", nullptr, &method, &arguments)) {
-            GVariant* service = nullptr;
-            if (std::string(method) == "RegisterStatusNotifierItem" && g_variant_iter_next(arguments, "v", &service)) {
-                services.emplace_back(g_variant_get_string(service, nullptr));
-                g_variant_unref(service);
-            }
-        }
-        g_variant_iter_free(iterator);
-        g_variant_unref(calls);
+        for (const auto& call : m_session.mockCalls(Bus::session, StatusNotifierItem::watcherName, StatusNotifierItem::watcherPath, "RegisterStatusNotifierItem"))
+            services.emplace_back(g_variant_get_string(call.arguments.at(0).get(), nullptr));
         return services;
     }
 
@@ -203,17 +156,6 @@ protected:
     }
 
     void click(const char* method) { call(StatusNotifierItem::objectPath, itemInterface, method, g_variant_new("(ii)", 10, 10)); }
-
-    GVariant* itemProperty(const char* name)
-    {
-        GVariant* reply = callItem(StatusNotifierItem::objectPath, "org.freedesktop.DBus.Properties", "Get", g_variant_new("(ss)", itemInterface, name));
-        if (reply == nullptr)
-            return nullptr;
-        GVariant* value = nullptr;
-        g_variant_get(reply, "(v)", &value);
-        g_variant_unref(reply);
-        return value;
-    }
 
     // Whether the menu's object is on the bus yet: the menu library
     // exports it once its own bus connection comes, from the loop.
@@ -247,125 +189,33 @@ protected:
         return entries;
     }
 
-    bool hasOwner(const std::string& name) const
-    {
-        GVariant* reply = g_dbus_connection_call_sync(m_host, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "NameHasOwner", g_variant_new("(s)", name.c_str()), G_VARIANT_TYPE("(b)"), G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr);
-        gboolean owned = FALSE;
-        if (reply != nullptr) {
-            g_variant_get(reply, "(b)", &owned);
-            g_variant_unref(reply);
-        }
-        return owned != FALSE;
-    }
-
-    GVariant* callWatcher(const char* method, GVariant* parameters) const
-    {
-        // The mock is another process: a blocking call is safe.
-        GError* error = nullptr;
-        GVariant* reply = g_dbus_connection_call_sync(m_host, StatusNotifierItem::watcherName, StatusNotifierItem::watcherPath, mockInterface, method, parameters, nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, &error);
-        EXPECT_EQ(error, nullptr) << method << ": " << (error != nullptr ? error->message : "");
-        g_clear_error(&error);
-        return reply;
-    }
-
-    bool m_hasDisplay = false;
-    GTestDBus* m_testBus = g_test_dbus_new(G_TEST_DBUS_NONE);
-    GDBusConnection* m_session = nullptr;
-    GDBusConnection* m_host = nullptr;
-    GSubprocess* m_watcher = nullptr;
+    // Before the private bus, which takes DISPLAY away.
+    bool m_hasDisplay = gtk_init_check(nullptr, nullptr) != FALSE;
+    test::DesktopSession m_session;
+    GDBusConnection* m_host = m_session.connection(Bus::session);
+    // GTestDBus points the session bus at itself: this is the shared
+    // connection the menu library serves on.
+    GDBusConnection* m_shared = g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr);
     std::shared_ptr<StatusItem> m_item;
     std::string m_itemName;
 };
 
 TEST_F(DesktopStatusBarTest, Registration_WaitsForAWatcherAndFollowsItsRestarts)
 {
+    // Before any watcher: on the bus, waiting for one.
     makeItem();
-    // No watcher yet: exported and waiting.
-    GVariant* id = itemProperty("Id");
-    ASSERT_NE(id, nullptr);
-    EXPECT_STREQ(g_variant_get_string(id, nullptr), "app.velmora.mac");
-    g_variant_unref(id);
     EXPECT_TRUE(m_itemName.starts_with("org.kde.StatusNotifierItem-" + std::to_string(getpid()) + "-")) << m_itemName;
 
-    startWatcher();
+    m_session.startTrayWatcher();
     EXPECT_TRUE(waitUntil([this] { return registrations() == std::vector<std::string>{m_itemName}; }));
-    stopWatcher();
-    startWatcher();
+    m_session.stopMocks();
+    // The bus drops a dead process's names on its own time.
+    ASSERT_TRUE(waitUntil([this] { return !m_session.hasOwner(Bus::session, StatusNotifierItem::watcherName); }, false));
+    m_session.startTrayWatcher();
     EXPECT_TRUE(waitUntil([this] { return registrations() == std::vector<std::string>{m_itemName}; })) << "registers with the new watcher";
 
     m_item.reset();
-    EXPECT_TRUE(waitUntil([this] { return !hasOwner(m_itemName); })) << "gives its name back";
-}
-
-TEST_F(DesktopStatusBarTest, Properties_DescribeTheItemAndAnnounceChanges)
-{
-    guint newIcons = 0;
-    // Subscribed before the item comes, so that the bus has the match when
-    // the item signals.
-    const guint subscription = g_dbus_connection_signal_subscribe(
-        m_host, nullptr, itemInterface, "NewIcon", StatusNotifierItem::objectPath, nullptr, G_DBUS_SIGNAL_FLAGS_NONE, [](GDBusConnection*, const gchar*, const gchar*, const gchar*, const gchar*, GVariant*, gpointer count) { ++*static_cast<guint*>(count); }, &newIcons, nullptr);
-    StatusButton& button = *makeItem()->button();
-    button.setToolTip("Velmora");
-    button.setTemplateImage("no image", Size{22, 22});
-
-    struct Case {
-        const char* name = "";
-        const char* value = "";
-    };
-    const Case cases[] = {{"Category", "'ApplicationStatus'"}, {"Id", "'app.velmora.mac'"}, {"Title", "'Velmora'"}, {"Status", "'Active'"}, {"ItemIsMenu", "false"}, {"Menu", "objectpath '/MenuBar'"}, {"ToolTip", "('', @a(iiay) [], 'Velmora', '')"}};
-    for (const Case& expected : cases) {
-        GVariant* value = itemProperty(expected.name);
-        ASSERT_NE(value, nullptr) << expected.name;
-        gchar* text = g_variant_print(value, TRUE);
-        EXPECT_STREQ(text, expected.value) << expected.name;
-        g_free(text);
-        g_variant_unref(value);
-    }
-
-    // An image that is none is an empty one of the size asked for.
-    GVariant* pixmaps = itemProperty("IconPixmap");
-    ASSERT_NE(pixmaps, nullptr);
-    ASSERT_EQ(g_variant_n_children(pixmaps), 1U);
-    gint32 width = 0;
-    gint32 height = 0;
-    GVariant* bytes = nullptr;
-    g_variant_get_child(pixmaps, 0, "(ii@ay)", &width, &height, &bytes);
-    EXPECT_EQ(width, 22);
-    EXPECT_EQ(height, 22);
-    EXPECT_EQ(g_variant_n_children(bytes), 22U * 22U * 4U);
-    g_variant_unref(bytes);
-    g_variant_unref(pixmaps);
-    EXPECT_TRUE(waitUntil([&] { return newIcons == 1; }));
-    g_dbus_connection_signal_unsubscribe(m_host, subscription);
-}
-
-TEST_F(DesktopStatusBarTest, Clicks_SendTheActionWithTheirTrigger_WhenTheMaskHoldsIt)
-{
-    StatusButton& button = *makeItem()->button();
-    std::vector<InputEventType> triggers;
-    button.sendActionOn(eventMaskBit(InputEventType::leftMouseUp) | eventMaskBit(InputEventType::rightMouseUp));
-    button.setAction([&](InputEventType trigger) { triggers.push_back(trigger); });
-    // Once set up, the item asks for the menu the right click would show.
-    ASSERT_TRUE(waitUntil([&] { return triggers.size() == 1; }));
-    EXPECT_EQ(triggers[0], InputEventType::rightMouseUp);
-    triggers.clear();
-
-    click("ContextMenu");
-    click("SecondaryActivate");
-    call(StatusNotifierItem::objectPath, itemInterface, "Scroll", g_variant_new("(is)", 3, "vertical"));
-    click("Activate");
-    button.sendActionOn(eventMaskBit(InputEventType::leftMouseUp));
-    click("ContextMenu");
-    click("Activate");
-    // Actions run in order, so the last left click comes after anything the
-    // calls before it could have sent.
-    ASSERT_TRUE(waitUntil([&] { return triggers.size() == 3; }));
-    EXPECT_EQ(triggers, (std::vector<InputEventType>{InputEventType::rightMouseUp, InputEventType::leftMouseUp, InputEventType::leftMouseUp}));
-
-    // Without a menu attached, the shell's own click is a left click.
-    button.performClick();
-    EXPECT_EQ(triggers.size(), 4U);
-    EXPECT_EQ(triggers.back(), InputEventType::leftMouseUp);
+    EXPECT_TRUE(waitUntil([this] { return !m_session.hasOwner(Bus::session, m_itemName); })) << "gives its name back";
 }
 
 // A shell that answers the right click as the host does: it attaches its
@@ -412,11 +262,15 @@ TEST_F(DesktopStatusBarTest, HostShownMenu_OffersTheToggleAndTheShellsLatestEntr
     ids.clear();
     ASSERT_EQ(menuLayout(ids), (std::vector<std::string>{"Velmora", "-", "Einstellungen", "-", "Beenden"}));
 
+    // A middle click and the wheel mean nothing; the menu's entries and a
+    // left click (Activate) act, in the order they came.
+    click("SecondaryActivate");
+    call(StatusNotifierItem::objectPath, itemInterface, "Scroll", g_variant_new("(is)", 3, "vertical"));
     for (const gint32 chosen : {ids[4], ids[0]})
         call(StatusNotifierItem::menuPath, menuInterface, "Event", g_variant_new("(isvu)", chosen, "clicked", g_variant_new_int32(0), 0U));
-    ASSERT_TRUE(waitUntil([&] { return shell.log.size() == 4; }));
-    EXPECT_EQ(shell.log[2], "Beenden");
-    EXPECT_EQ(shell.log[3], "toggle");
+    click("Activate");
+    ASSERT_TRUE(waitUntil([&] { return shell.log.size() == 5; }));
+    EXPECT_EQ(shell.log, (std::vector<std::string>{"clicked", "clicked", "Beenden", "toggle", "toggle"}));
 }
 
 // The popped-up menu's entry at `index`, once one is on screen.
@@ -486,33 +340,28 @@ TEST(StatusNotifierIcon, Template_IsALightShapeWithADarkOutlineAtEachSize)
     for (std::size_t index = 0; index < icon.pixmaps().size(); ++index) {
         const StatusNotifierIcon::Pixmap& pixmap = icon.pixmaps()[index];
         const int side = StatusNotifierIcon::heights[index];
+        SCOPED_TRACE(side);
         ASSERT_EQ(pixmap.width, side);
-        ASSERT_EQ(pixmap.height, side);
         ASSERT_EQ(pixmap.argb.size(), static_cast<std::size_t>(side * side * 4));
+        // Alpha first, then red, green, blue: the centre is opaque and
+        // light, the corner clear, and going up from the centre a dark
+        // outline comes before the clear edge.
         const auto pixel = [&](int x, int y) { return &pixmap.argb[static_cast<std::size_t>(y * side + x) * 4]; };
-        // Alpha first, then red, green, blue.
-        const std::uint8_t* centre = pixel(side / 2, side / 2);
-        EXPECT_EQ(centre[0], 255) << side;
-        EXPECT_GT(centre[1], 200) << side;
-        EXPECT_EQ(centre[1], centre[3]) << side;
-        EXPECT_EQ(pixel(0, 0)[0], 0) << "the corner stays clear at " << side;
-        // Going up from the centre: the light shape, a dark outline that
-        // is not clear, and then nothing.
+        EXPECT_EQ(pixel(side / 2, side / 2)[0], 255);
+        EXPECT_GT(pixel(side / 2, side / 2)[1], 200);
+        EXPECT_EQ(pixel(0, 0)[0], 0);
         int row = side / 2;
         while (row > 0 && pixel(side / 2, row)[1] >= 100 && pixel(side / 2, row)[0] > 0)
             --row;
-        EXPECT_GT(pixel(side / 2, row)[0], 0) << "an outline at " << side;
-        EXPECT_LT(pixel(side / 2, row)[1], 100) << side;
-        EXPECT_GT(row, 0) << side;
+        EXPECT_GT(pixel(side / 2, row)[0], 0) << "an outline";
+        EXPECT_GT(row, 0);
     }
 
-    for (const std::string_view nothing : {std::string_view(), std::string_view("not a picture")}) {
-        const StatusNotifierIcon empty = StatusNotifierIcon::fromTemplate(nothing, Size{28, 22});
-        ASSERT_EQ(empty.pixmaps().size(), 1U);
-        EXPECT_EQ(empty.pixmaps()[0].width, 28);
-        EXPECT_EQ(empty.pixmaps()[0].height, 22);
-        EXPECT_EQ(empty.pixmaps()[0].argb, std::vector<std::uint8_t>(std::size_t{28} * 22 * 4, 0));
-    }
+    // No picture: one clear pixmap of the size asked for.
+    const StatusNotifierIcon empty = StatusNotifierIcon::fromTemplate("not a picture", Size{28, 22});
+    ASSERT_EQ(empty.pixmaps().size(), 1U);
+    EXPECT_EQ(empty.pixmaps()[0].width, 28);
+    EXPECT_EQ(empty.pixmaps()[0].argb, std::vector<std::uint8_t>(std::size_t{28} * 22 * 4, 0));
 }
 
 } // namespace
