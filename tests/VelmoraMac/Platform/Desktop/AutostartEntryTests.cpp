@@ -54,15 +54,6 @@ TEST(AutostartEntry, Render_RunsEveryArgumentLiterally)
     EXPECT_THROW((void)AutostartEntry::render({}), std::invalid_argument);
 }
 
-TEST(AutostartEntry, ExecArgument_QuotesOnlyWhatNeedsIt)
-{
-    EXPECT_EQ(AutostartEntry::execArgument("/usr/bin/pond"), "/usr/bin/pond");
-    EXPECT_EQ(AutostartEntry::execArgument("50%"), "50%%");
-    EXPECT_EQ(AutostartEntry::execArgument("a b"), "\"a b\"");
-    EXPECT_EQ(AutostartEntry::execArgument("$x"), "\"\\$x\"");
-    EXPECT_EQ(AutostartEntry::execArgument(""), "\"\"");
-}
-
 TEST(AutostartEntry, Launches_UnlessHiddenSwitchedOffOrNoEntry)
 {
     struct EntryCase {

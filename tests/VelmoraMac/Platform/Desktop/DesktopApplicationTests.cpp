@@ -66,9 +66,9 @@ protected:
         m_monitors = std::make_unique<DesktopEventMonitors>();
     }
 
-    [[nodiscard]] std::unique_ptr<DesktopApplication> application(const std::vector<std::string>& arguments = {"renderer"}) const
+    [[nodiscard]] std::unique_ptr<DesktopApplication> application() const
     {
-        return std::make_unique<DesktopApplication>(m_hub, *m_monitors, arguments);
+        return std::make_unique<DesktopApplication>(m_hub, *m_monitors, std::vector<std::string>{"renderer"});
     }
 
     // Records each request, and whether it was the current one meanwhile.
@@ -119,15 +119,6 @@ TEST_F(DesktopApplicationTest, Launches_OpenOnceThenReopenForEveryLaterStart)
     g_object_unref(bus);
     if (!display.empty())
         g_setenv("DISPLAY", display.c_str(), TRUE);
-}
-
-TEST_F(DesktopApplicationTest, Launches_TheLoginMarkerMakesALoginLaunch)
-{
-    const auto app = application({"renderer", "--fullscreen", "--velmora-login"});
-    std::vector<LaunchEvent> events;
-    app->setLaunchHandler(recorder(*app, events));
-    ASSERT_TRUE(iterateUntil([&] { return !events.empty(); }));
-    EXPECT_EQ(events.front(), (LaunchEvent{LaunchEvent::openApplication, LaunchEvent::launchedAsLoginItem}));
 }
 
 // A shown window that the window manager never focuses by itself, so that

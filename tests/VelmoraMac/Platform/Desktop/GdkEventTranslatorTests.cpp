@@ -77,10 +77,9 @@ TEST(GdkEventTranslator, Keys_PressedAgainWhileHeldAreRepeats)
     EXPECT_FALSE(translate.translate(*key(GDK_KEY_PRESS, 41))->isARepeat);
 }
 
-TEST(GdkEventTranslator, Modifiers_MapToTheDesignsBits)
+TEST(GdkEventTranslator, Modifiers_MapToOurBitsAndModifierKeysReportTheStateAfterThem)
 {
     using Flags = std::uint64_t;
-    EXPECT_EQ(GdkEventTranslator::modifierFlags(0), Flags{0});
     EXPECT_EQ(GdkEventTranslator::modifierFlags(GDK_CONTROL_MASK | GDK_SUPER_MASK), ModifierFlag::control | ModifierFlag::command);
     EXPECT_EQ(GdkEventTranslator::modifierFlags(GDK_MOD4_MASK), ModifierFlag::command) << "Super as X11 reports it";
     EXPECT_EQ(GdkEventTranslator::modifierFlags(GDK_MOD1_MASK), ModifierFlag::option);
@@ -92,16 +91,12 @@ TEST(GdkEventTranslator, Modifiers_MapToTheDesignsBits)
     const std::optional<InputEvent> shortcut = translate.translate(*key(GDK_KEY_PRESS, 41, GDK_KEY_f, GDK_CONTROL_MASK | GDK_SUPER_MASK));
     EXPECT_EQ(shortcut->keyCode, KeyCode::f);
     EXPECT_EQ(shortcut->modifierFlags, ModifierFlag::control | ModifierFlag::command);
-}
 
-TEST(GdkEventTranslator, ModifierKeys_ReportTheModifiersAsTheyAreAfterThem)
-{
-    GdkEventTranslator translate = translator();
+    // GDK's state is from before the event: pressing Control adds it,
+    // releasing it takes it away.
     const std::optional<InputEvent> control = translate.translate(*key(GDK_KEY_PRESS, 37, GDK_KEY_Control_L, GDK_SHIFT_MASK));
     EXPECT_EQ(control->type, InputEventType::flagsChanged);
     EXPECT_EQ(control->modifierFlags, ModifierFlag::shift | ModifierFlag::control);
-    const std::optional<InputEvent> super = translate.translate(*key(GDK_KEY_PRESS, 133, GDK_KEY_Super_L));
-    EXPECT_EQ(super->modifierFlags, ModifierFlag::command);
     const std::optional<InputEvent> released = translate.translate(*key(GDK_KEY_RELEASE, 37, GDK_KEY_Control_L, GDK_CONTROL_MASK | GDK_SUPER_MASK));
     EXPECT_EQ(released->type, InputEventType::flagsChanged);
     EXPECT_EQ(released->modifierFlags, ModifierFlag::command);
