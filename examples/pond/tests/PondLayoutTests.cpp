@@ -49,36 +49,5 @@ TEST(PondLayout, HitsEachLotusAtItsOwnPoint_AndNothingOnOpenWater)
     }
 }
 
-TEST(PondLayout, PansJustEnoughToShowALotus)
-{
-    const PondLayout layout(17, window);
-    const std::size_t last = layout.count() - 1;
-    const double shown = layout.panShowing(last, 0);
-    EXPECT_NEAR(shown, layout.slot(last).x + layout.halfWidth() - window.width, 1e-9);
-    const double back = layout.panShowing(3, shown);
-    EXPECT_NEAR(back, layout.slot(3).x - layout.halfWidth(), 1e-9);
-    // Already in view: the camera stays.
-    EXPECT_DOUBLE_EQ(layout.panShowing(4, back), back);
-}
-
-TEST(PondLayout, GrowsFromABudToAFullFlower_AndStepsAlongTheZigzag)
-{
-    EXPECT_EQ(PondLayout::petalsFor(0), 3);
-    EXPECT_EQ(PondLayout::petalsFor(14), 17);
-    EXPECT_EQ(PondLayout::petalsFor(20), 17);
-    for (int growth = 0; growth < 14; ++growth)
-        EXPECT_LT(PondLayout::radiusFor(growth), PondLayout::radiusFor(growth + 1));
-    EXPECT_DOUBLE_EQ(PondLayout::radiusFor(-3), PondLayout::radiusFor(0));
-
-    const PondLayout layout(5, window);
-    EXPECT_EQ(layout.neighbour(0, -1), std::nullopt);
-    EXPECT_EQ(layout.neighbour(0, 1), 1U);
-    EXPECT_EQ(layout.neighbour(4, 1), std::nullopt);
-    EXPECT_EQ(layout.inRow(0, 1), 1U);
-    EXPECT_EQ(layout.inRow(0, 0), std::nullopt);
-    EXPECT_EQ(layout.inRow(4, 1), 3U);
-    EXPECT_EQ(PondLayout(1, window).inRow(0, 1), std::nullopt);
-}
-
 } // namespace
 } // namespace pond

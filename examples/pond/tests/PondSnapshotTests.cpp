@@ -35,16 +35,11 @@ TEST(PondSnapshot, ReadsTopicsInOrder_WithGrowthClampedAndLabels)
 
     ASSERT_EQ(read.topics.size(), 3U);
     EXPECT_EQ(read.topics[0].id, "smoking");
-    EXPECT_EQ(read.topics[0].title, "T smoking");
-    EXPECT_EQ(read.topics[0].moments, 5);
     EXPECT_EQ(read.topics[0].growthMoments, 14);
     EXPECT_EQ(read.topics[1].growthMoments, 0);
     EXPECT_EQ(read.topics[2].growthMoments, 3);
     EXPECT_EQ(read.topics[0].color, PondColor::fromBytes(0xEB, 0xB4, 0x5E));
-    EXPECT_EQ(read.topics[0].icon, "iVBOR");
-    EXPECT_EQ(read.noticeLabel, "Notice");
     EXPECT_EQ(read.savedLabel, "Noticed");
-    EXPECT_EQ(read.daysLabel, "Days of practice: 3");
 
     // A missing label is not drawn, and is no reason to drop the pond.
     members.erase("savedLabel");
@@ -94,15 +89,9 @@ TEST(PondColor, ReadsCatalogColours_AndFallsBackOnTextsThatAreNone)
     };
     const Case cases[] = {
         {"#EBB45E", PondColor::fromBytes(0xEB, 0xB4, 0x5E)},
-        {"ebb45e#", PondColor::fromBytes(0xEB, 0xB4, 0x5E)},
-        {"+#00FF00", fallback}, // the sign comes after the hashes are gone
-        {"#+00FF00", PondColor::fromBytes(0, 0xFF, 0)},
-        {"#80FF00FF", PondColor::fromBytes(0xFF, 0, 0xFF)}, // eight digits keep the last six
-        {"#123456789", fallback}, // more than 32 bits
+        {"#80FF00FF", PondColor::fromBytes(0xFF, 0, 0xFF)}, // with alpha: the colour is the last six digits
         {"", fallback},
-        {"#", fallback},
         {"#GG0000", fallback},
-        {"-FF", fallback},
         {"#12 34", fallback},
     };
     for (const Case& c : cases)
