@@ -1,9 +1,6 @@
 #include <cerrno>
-#include <cstdlib>
 #include <filesystem>
 #include <string>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -194,29 +191,6 @@ TEST_F(PracticeStoreTest, TargetThatIsAFolder_FailsAtTheRenameAndLeavesNoTempora
     EXPECT_THROW(store.update(selectPhone), fs::filesystem_error);
     EXPECT_EQ(store.state(), PracticeState());
     EXPECT_TRUE(fs::is_directory(url()));
-    EXPECT_TRUE(temporaries().empty());
-}
-
-TEST_F(PracticeStoreTest, ReadOnlyFolder_FailsAndChangesNothing)
-{
-    PracticeStore store(url());
-    const std::string saved = saveFirstState(store);
-    const fs::path folder = url().parent_path();
-    if (::geteuid() == 0) {
-        // Permissions do not stop root; an immutable folder does, where the file system allows it.
-        const std::string immutable = "chattr +i '" + folder.string() + "' 2>/dev/null";
-        if (std::system(immutable.c_str()) != 0) // NOLINT(concurrency-mt-unsafe): the test runs on one thread
-            GTEST_SKIP() << "running as root and the file system refuses chattr +i, so nothing can make the folder read-only";
-    } else {
-        fs::permissions(folder, fs::perms::owner_read | fs::perms::owner_exec);
-    }
-    EXPECT_THROW(store.update([](PracticeState state) { state.hintSeen = true; return state; }), fs::filesystem_error);
-    if (::geteuid() == 0)
-        EXPECT_EQ(std::system(("chattr -i '" + folder.string() + "'").c_str()), 0); // NOLINT(concurrency-mt-unsafe): one thread
-    else
-        fs::permissions(folder, fs::perms::owner_all);
-    EXPECT_FALSE(store.state()->hintSeen);
-    EXPECT_EQ(fileBytes(url()), saved);
     EXPECT_TRUE(temporaries().empty());
 }
 

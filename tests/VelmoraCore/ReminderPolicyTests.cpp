@@ -42,18 +42,6 @@ std::vector<Instant> upcoming(const Inputs& in)
     return ReminderDates::upcoming(in.state, in.now, in.calendar);
 }
 
-TEST(ReminderPolicy, FirstEvaluation_HandsOutTheUpcomingDates)
-{
-    ReminderPolicy policy;
-    const ReminderDecision decision = evaluate(policy, baseline());
-    ASSERT_TRUE(decision.datesToSchedule);
-    ASSERT_EQ(decision.datesToSchedule->size(), 7U);
-    EXPECT_EQ(decision.datesToSchedule->front(), utc(2025, 3, 14, 19));
-    EXPECT_EQ(decision.datesToSchedule->back(), utc(2025, 3, 20, 19));
-    EXPECT_FALSE(decision.clearDelivered);
-    EXPECT_FALSE(decision.permissionDenied);
-}
-
 struct ChangeCase {
     const char* name;
     std::function<void(Inputs&)> change;
@@ -152,43 +140,22 @@ TEST(ReminderPolicy, Unauthorized_ClearsPendingRemindersAndReportsAWantedReminde
     EXPECT_FALSE(granted.permissionDenied);
 }
 
-TEST(ReminderPolicy, Invalidate_HandsOutTheSameListAgain)
+TEST(ReminderPolicy, FirstEvaluationAndInvalidate_HandOutTheUpcomingDates)
 {
     ReminderPolicy policy;
     const Inputs in = baseline();
     const ReminderDecision first = evaluate(policy, in);
     ASSERT_TRUE(first.datesToSchedule);
+    EXPECT_EQ(*first.datesToSchedule, upcoming(in));
+    EXPECT_FALSE(first.clearDelivered);
+    EXPECT_FALSE(first.permissionDenied);
     EXPECT_FALSE(evaluate(policy, in).datesToSchedule);
 
-    ReminderPolicy copy = policy;
     policy.invalidate();
     const ReminderDecision again = evaluate(policy, in);
     ASSERT_TRUE(again.datesToSchedule);
     EXPECT_EQ(*again.datesToSchedule, *first.datesToSchedule);
     EXPECT_FALSE(evaluate(policy, in).datesToSchedule);
-    EXPECT_FALSE(evaluate(copy, in).datesToSchedule) << "a copy keeps its own signature";
-
-    ReminderPolicy fresh;
-    EXPECT_TRUE(evaluate(fresh, in).datesToSchedule) << "nothing is known to be scheduled in a new process";
-}
-
-TEST(ReminderPolicy, NoticedToday_PostsFromTomorrowAndClearsDeliveredOnEveryEvaluation)
-{
-    ReminderPolicy policy;
-    Inputs in = baseline();
-    (void)evaluate(policy, in);
-    in.state.practiceDays.insert("2025-03-14");
-
-    const ReminderDecision noticed = evaluate(policy, in);
-    ASSERT_TRUE(noticed.datesToSchedule);
-    ASSERT_EQ(noticed.datesToSchedule->size(), 7U);
-    EXPECT_EQ(noticed.datesToSchedule->front(), utc(2025, 3, 15, 19));
-    EXPECT_EQ(noticed.datesToSchedule->back(), utc(2025, 3, 21, 19));
-    EXPECT_TRUE(noticed.clearDelivered);
-
-    const ReminderDecision unchanged = evaluate(policy, in);
-    EXPECT_FALSE(unchanged.datesToSchedule);
-    EXPECT_TRUE(unchanged.clearDelivered);
 }
 
 struct ClearCase {
@@ -201,6 +168,7 @@ struct ClearCase {
     bool clearDelivered = false;
 };
 
+// Asked on every evaluation, whether or not the dates changed.
 TEST(ReminderPolicy, ClearDelivered_WhenTodayInTheCallersZoneIsAPracticeDay)
 {
     const ClearCase cases[] = {
@@ -222,6 +190,7 @@ TEST(ReminderPolicy, ClearDelivered_WhenTodayInTheCallersZoneIsAPracticeDay)
         in.state.reminderEnabled = c.reminderEnabled;
         in.authorization = c.authorization;
         EXPECT_EQ(evaluate(policy, in).clearDelivered, c.clearDelivered) << c.name;
+        EXPECT_EQ(evaluate(policy, in).clearDelivered, c.clearDelivered) << c.name << ", unchanged";
     }
 }
 
