@@ -107,19 +107,14 @@ std::vector<DocumentCase> documentCases()
         {"UnknownMembersEverywhere", [](json& d) { d["version"] = 9; topicNamed(d, "phone")["extra"] = {1, 2}; d["strings"]["en"]["x"] = json::object(); }, Outcome::loads},
         {"EmptyTypedMaps", [](json& d) { d["languages"] = json::object(); d["uiIcons"] = json::object(); d["palette"] = json::object(); }, Outcome::loads},
         {"AnyIntegerGroup", [](json& d) { topicNamed(d, "phone")["group"] = -3; topicNamed(d, "money")["group"] = 9223372036854775807; }, Outcome::loads},
-        {"EmptyTopicTexts", [](json& d) { topicNamed(d, "phone")["names"][0] = ""; }, Outcome::loads},
 
         // The typed part decodes strictly.
         {"TopicsMissing", [](json& d) { d.erase("topics"); }, Outcome::decodingError},
-        {"PaletteMissing", [](json& d) { d.erase("palette"); }, Outcome::decodingError},
         {"TopicsAnObject", [](json& d) { d["topics"] = json::object(); }, Outcome::decodingError},
         {"TopicAString", [](json& d) { d["topics"][3] = "phone"; }, Outcome::decodingError},
         {"TopicWithoutID", [](json& d) { topicNamed(d, "phone").erase("id"); }, Outcome::decodingError},
-        {"TopicWithoutIcon", [](json& d) { topicNamed(d, "phone").erase("icon"); }, Outcome::decodingError},
         {"NumericID", [](json& d) { d["topics"][0]["id"] = 7; }, Outcome::decodingError},
         {"FractionalGroup", [](json& d) { topicNamed(d, "phone")["group"] = 1.5; }, Outcome::decodingError},
-        {"IntegralFractionGroup", [](json& d) { topicNamed(d, "phone")["group"] = 1.0; }, Outcome::decodingError},
-        {"GroupBeyondSigned64Bits", [](json& d) { topicNamed(d, "phone")["group"] = 18446744073709551615ULL; }, Outcome::decodingError},
         {"NumericColor", [](json& d) { topicNamed(d, "phone")["color"] = 0x112233; }, Outcome::decodingError},
         {"NumberAmongNames", [](json& d) { topicNamed(d, "phone")["names"][6] = 6; }, Outcome::decodingError},
         {"IconAnArray", [](json& d) { topicNamed(d, "phone")["icon"] = json::array(); }, Outcome::decodingError},
@@ -128,12 +123,10 @@ std::vector<DocumentCase> documentCases()
         {"NestedPaletteEntry", [](json& d) { d["palette"]["gold"] = {{"hex", "#D9C59A"}}; }, Outcome::decodingError},
         // Decoding comes first: wrong types win over incomplete content.
         {"WrongTypeAndNoStrings", [](json& d) { topicNamed(d, "phone")["group"] = 1.5; d.erase("strings"); }, Outcome::decodingError},
-        {"WrongTypeAndSixteenTopics", [](json& d) { topicNamed(d, "phone")["icon"] = 1; d["topics"].erase(0); }, Outcome::decodingError},
 
         // The text tables must be an object of objects.
         {"StringsMissing", [](json& d) { d.erase("strings"); }, Outcome::invalidData},
         {"StringsAnArray", [](json& d) { d["strings"] = json::array({json::object()}); }, Outcome::invalidData},
-        {"TextTableAString", [](json& d) { d["strings"]["fr"] = "Bonjour"; }, Outcome::invalidData},
         {"ExtraTextTableAnArray", [](json& d) { d["strings"]["de"] = json::array(); }, Outcome::invalidData},
 
         // Exactly the fixed topics.
@@ -150,7 +143,6 @@ std::vector<DocumentCase> documentCases()
 
         // A table for every practice language.
         {"NoPaliTable", [](json& d) { d["strings"].erase("pi"); }, Outcome::invalidData},
-        {"NoRussianTableButAnotherOne", [](json& d) { d["strings"].erase("ru"); d["strings"]["de"] = json::object(); }, Outcome::invalidData},
         {"UpperCaseCode", [](json& d) { d["strings"].erase("hi"); d["strings"]["HI"] = json::object(); }, Outcome::invalidData},
     };
 }
@@ -158,23 +150,13 @@ std::vector<DocumentCase> documentCases()
 INSTANTIATE_TEST_SUITE_P(Rules, ContentCatalogValidation, testing::ValuesIn(documentCases()),
     [](const testing::TestParamInfo<DocumentCase>& param) { return std::string(param.param.name); });
 
+// The parser is the state file's, whose own tests go through every way
+// text can fail to be one JSON document; here only that its error comes out.
 TEST_F(ContentCatalogFile, MalformedText_FailsWithTheJSONLibrarysError)
 {
     const std::string valid = minimalCatalogDocument().dump();
-    const struct {
-        const char* name;
-        std::string bytes;
-    } cases[] = {
-        {"empty file", ""},
-        {"truncated", valid.substr(0, valid.size() - 1)},
-        {"trailing garbage", valid + "]"},
-        {"NUL byte after the document", valid + std::string(1, '\0')},
-        {"invalid UTF-8 in a text", valid.substr(0, valid.size() - 1) + ",\"x\":\"\xC3\x28\"}"},
-        {"deep nesting", valid.substr(0, valid.size() - 1) + ",\"x\":" + std::string(10000, '[') + std::string(10000, ']') + "}"},
-        {"array document", "[" + valid + "]"},
-    };
-    for (const auto& failure : cases)
-        expectOutcome(failure.bytes, Outcome::decodingError, failure.name);
+    expectOutcome(valid.substr(0, valid.size() - 1), Outcome::decodingError, "truncated");
+    expectOutcome("[" + valid + "]", Outcome::decodingError, "array document");
 }
 
 TEST_F(ContentCatalogFile, DecodingErrors_NameTheOffendingMember)

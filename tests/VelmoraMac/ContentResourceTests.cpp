@@ -37,7 +37,7 @@ constexpr std::array<std::string_view, 45> textKeys = {
     "hintBody", "wiltTitle", "wiltBody", "understood", "sounds", "waterSound", "waterSoundBody", "bellSound",
     "bellSoundBody", "topicsTitle", "retained", "guide", "reminder", "reminderBody", "time", "localOnly", "privacyPolicy"};
 
-constexpr std::size_t groupCount = 5;
+constexpr std::int64_t groupCount = 5;
 
 bool isColour(std::string_view text)
 {
@@ -73,14 +73,10 @@ TEST(ShippedContent, EveryLanguageNamesTheFiveGroups)
 {
     const ContentCatalog& catalog = shippedCatalog();
     for (const std::string& language : PracticeState::languages()) {
-        const json& groups = catalog.strings().at(language).value("groups", json());
-        ASSERT_TRUE(groups.is_array()) << language;
-        EXPECT_EQ(groups.size(), groupCount) << language;
-        for (std::size_t index = 0; index < groups.size(); ++index) {
-            ASSERT_TRUE(groups[index].is_string()) << language << " " << index;
-            EXPECT_FALSE(groups[index].get<std::string>().empty()) << language << " " << index;
-            EXPECT_EQ(catalog.group(static_cast<std::int64_t>(index), language), groups[index].get<std::string>());
-        }
+        // group() gives nothing unless the language has a list of texts.
+        for (std::int64_t index = 0; index < groupCount; ++index)
+            EXPECT_FALSE(catalog.group(index, language).empty()) << language << " " << index;
+        EXPECT_EQ(catalog.group(groupCount, language), "") << language << " has more groups";
     }
 }
 
@@ -116,7 +112,7 @@ TEST(ShippedContent, GroupsAreFiveAndTheLastHoldsTheThreePoisons)
     std::map<std::int64_t, std::set<std::string>> topicsOfGroup;
     for (const Topic& topic : shippedCatalog().topics()) {
         EXPECT_GE(topic.group, 0) << topic.id;
-        EXPECT_LT(topic.group, static_cast<std::int64_t>(groupCount)) << topic.id;
+        EXPECT_LT(topic.group, groupCount) << topic.id;
         topicsOfGroup[topic.group].insert(topic.id);
     }
     EXPECT_EQ(topicsOfGroup[4], (std::set<std::string>{"craving", "aversion", "delusion"}));
