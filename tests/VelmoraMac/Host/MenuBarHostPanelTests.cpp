@@ -1,12 +1,10 @@
 #include <memory>
 #include <stdexcept>
-#include <variant>
 
 #include <gtest/gtest.h>
 
 #include "HostFixture.h"
 #include "VelmoraMac/Panel/PanelContent.h"
-#include "VelmoraMac/Platform/Headless/HeadlessUrlOpener.h"
 
 namespace velmora {
 namespace {
@@ -22,59 +20,7 @@ protected:
             throw std::logic_error("the panel hosts no pages");
         return content->view();
     }
-
-    // Uses the page's primary control as the user would: through the body.
-    void tapFooter() const
-    {
-        const PanelBody body = pages().body();
-        ASSERT_TRUE(body.footer);
-        ASSERT_TRUE(body.footer->primary.enabled);
-        body.footer->primary.action();
-    }
-
-    template <typename Page>
-    [[nodiscard]] Page shown() const
-    {
-        const PanelBody body = pages().body();
-        const Page* page = std::get_if<Page>(&body.page);
-        if (page == nullptr)
-            throw std::logic_error("the panel shows another page");
-        return *page;
-    }
 };
-
-TEST_F(MenuBarHostPanelTest, FreshInstall_OnboardsThroughThePanelIntoThePond)
-{
-    const auto window = addRendererWindow();
-    start();
-    ASSERT_TRUE(panel());
-    EXPECT_TRUE(panel()->isVisible());
-    EXPECT_FALSE(window->isVisible());
-    EXPECT_EQ(&pages().model(), &model());
-    (void)shown<WelcomePage>();
-
-    tapFooter();
-    for (int step = 0; step < 5; ++step) {
-        const auto page = shown<SelectionPage>();
-        ASSERT_FALSE(page.topics.empty());
-        page.topics.front().toggle();
-        tapFooter();
-    }
-    (void)shown<LoginIntroPage>();
-    tapFooter();
-    ASSERT_EQ(model().page().get(), "hint");
-    shown<ExplanationPage>().understood.action();
-
-    EXPECT_TRUE(host().visible());
-    EXPECT_FALSE(panel()->isVisible());
-    EXPECT_TRUE(window->isVisible());
-    EXPECT_TRUE(window->isKeyWindow());
-    EXPECT_TRUE(host().interactive());
-    const PracticeState saved = PracticeState::fromJSON(test::fileBytes(stateFile()));
-    EXPECT_TRUE(saved.onboarded);
-    EXPECT_EQ(saved.selected.size(), 5U);
-    EXPECT_TRUE(takeEvent()) << "the pond's first snapshot";
-}
 
 TEST_F(MenuBarHostPanelTest, Pages_ReadTheLoginItemWhenShownAndWhenTheUserComesBack)
 {

@@ -258,36 +258,8 @@ TEST_F(MenuBarHostWindowTest, Miniaturize_ThePond_StopsInputUntilItComesBack)
     EXPECT_TRUE(host().interactive());
 }
 
-TEST_F(MenuBarHostWindowTest, Resize_WhileJoined_KeepsBothFramesEqual)
-{
-    startWithPond();
-    host().settings();
-    panel()->setFrame(Rect(300, 100, 900, 700), FrameDisplay::immediate);
-    EXPECT_EQ(m_window->frame(), Rect(300, 100, 900, 700));
-
-    host().showPond();
-    enterFullScreen();
-    host().settings();
-    m_window->setFrame(Rect(0, 0, 1440, 875), FrameDisplay::immediate);
-    EXPECT_EQ(panel()->frame(), Rect(0, 0, 1440, 875));
-}
-
-TEST_F(MenuBarHostWindowTest, ScreenRemoval_BringsTheFrameOntoTheMainScreen)
-{
-    windows().setScreens({HeadlessWindowSystem::defaultScreen, secondScreen});
-    startWithPond();
-    m_window->setFrame(Rect(1600, 200, 780, 640), FrameDisplay::immediate);
-
-    // Placed on the screen that holds the frame's centre.
-    notifications().post(SystemNotification::applicationDidChangeScreenParameters);
-    EXPECT_EQ(m_window->frame(), Rect(1600, 200, 780, 640));
-
-    windows().setScreens({HeadlessWindowSystem::defaultScreen});
-    EXPECT_EQ(m_window->frame(), Rect(652, 200, 780, 640));
-    EXPECT_EQ(host().lastFrame(), Rect(652, 200, 780, 640));
-}
-
-TEST_F(MenuBarHostWindowTest, TargetFrame_ChoosesTheScreen)
+// Each change of the screens places the remembered frame anew.
+TEST_F(MenuBarHostWindowTest, ScreenChange_PlacesTheFrameOnTheScreenThatHoldsItOrTheMainOne)
 {
     struct ScreenCase {
         const char* name;
@@ -297,6 +269,7 @@ TEST_F(MenuBarHostWindowTest, TargetFrame_ChoosesTheScreen)
     };
     const ScreenCase cases[] = {
         {"centre on the second screen", {HeadlessWindowSystem::defaultScreen, secondScreen}, 0, Rect(1600, 200, 780, 640)},
+        {"second screen removed: moved in on the main one", {HeadlessWindowSystem::defaultScreen}, 0, Rect(652, 200, 780, 640)},
         {"no main screen: the first", {Screen{Rect(0, 0, 700, 500), Rect(0, 0, 700, 500)}}, std::nullopt, Rect(8, 8, 684, 484)},
         {"no screen at all: where it was", {}, std::nullopt, Rect(1600, 200, 780, 640)},
     };
@@ -308,6 +281,7 @@ TEST_F(MenuBarHostWindowTest, TargetFrame_ChoosesTheScreen)
         windows().setScreens(c.screens, c.mainIndex);
         EXPECT_EQ(host().targetFrame(), c.expected);
         EXPECT_EQ(m_window->frame(), c.expected);
+        EXPECT_EQ(host().lastFrame(), c.expected);
     }
 }
 
