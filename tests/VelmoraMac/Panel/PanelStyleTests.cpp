@@ -3,23 +3,15 @@
 
 #include <gtest/gtest.h>
 
-#include "PanelTestFixture.h"
 #include "VelmoraMac/Panel/Base64.h"
 #include "VelmoraMac/Panel/PanelImage.h"
 #include "VelmoraMac/Panel/PanelStyle.h"
 #include "tests/VelmoraMac/CatalogFixture.h"
-#include "tests/VelmoraMac/CheckedPNG.h"
 
 namespace velmora {
 namespace {
 
 using namespace std::string_literals;
-
-const ContentCatalog& shippedCatalog()
-{
-    static const ContentCatalog catalog{std::filesystem::path(VELMORA_CONTENT_RESOURCE)};
-    return catalog;
-}
 
 // The signature and a header chunk for an image of the given size; the rest
 // of a PNG file is the toolkit's to read.
@@ -41,34 +33,6 @@ TEST(PanelStyle, PaletteColor_FallsBackToPaperForAMissingKeyOrAnEmptyPalette)
     EXPECT_EQ(PanelStyle::paletteColor(palette, "muted"), fallback);
     EXPECT_EQ(PanelStyle::paletteColor({}, "gold"), fallback);
     EXPECT_EQ(PanelStyle::paletteColor(palette, "broken"), Color::mobileHex("")) << "a present key is read as it is";
-}
-
-TEST(PanelStyle, PaletteWithoutGold_DrawsEveryAccentInTheFallback)
-{
-    nlohmann::json content = test::minimalCatalogDocument();
-    content["palette"] = {{"paper", "#FFFFFF"}};
-    const PanelStyle style(ContentCatalog::fromJSON(content.dump()));
-    const Color fallback = Color::mobileHex(PanelStyle::fallbackColor);
-    EXPECT_EQ(style.textButton("Cancel", 15, nullptr).label->color, fallback);
-    EXPECT_EQ(style.steps(4, 5).steps, std::vector<Color>(5, fallback));
-    EXPECT_EQ(style.card().border, Color::mobileHex("#FFFFFF").withOpacity(0.07));
-}
-
-TEST(PanelStyle, Icons_DecodeEveryShippedImageWithItsPixelSize)
-{
-    const PanelStyle style(shippedCatalog());
-    for (const auto& [name, data] : shippedCatalog().uiIcons()) {
-        SCOPED_TRACE(name);
-        const PanelIcon icon = style.icon(name, 24, Color());
-        const test::CheckedPNG checked = test::checkedPNG(test::decodedBase64(data));
-        EXPECT_EQ(icon.image.pixelWidth(), checked.width);
-        EXPECT_EQ(icon.image.pixelHeight(), checked.height);
-        EXPECT_EQ(icon.image.png(), test::decodedBase64(data));
-    }
-    for (const Topic& topic : shippedCatalog().topics()) {
-        SCOPED_TRACE(topic.id);
-        EXPECT_FALSE(style.topicImage(topic.id).empty());
-    }
 }
 
 TEST(PanelStyle, Icon_MissingOrUndecodable_IsAnEmptyImageThatKeepsItsPlace)

@@ -53,7 +53,6 @@ protected:
             std::make_shared<const ContentCatalog>(ContentCatalog::fromJSON(content.dump())),
             std::make_unique<PracticeStore>(url()), m_login, m_reminders, [this] { ++m_notificationSettingsOpened; }, m_system);
         m_coordinator->setOnEnterPond([this] { ++m_pondEntered; });
-        m_coordinator->setOnOpenPanel([this] { ++m_panelOpened; });
         m_view = std::make_unique<PracticeView>(m_coordinator, PanelServices{m_urlOpener, m_loginItems, m_system});
     }
 
@@ -82,8 +81,6 @@ protected:
         return m_coordinator->text(key, count);
     }
 
-    [[nodiscard]] Color color(std::string_view key) const { return PanelStyle::paletteColor(m_coordinator->catalog().palette(), key); }
-
     [[nodiscard]] PracticeView& view() { return *m_view; }
     [[nodiscard]] PracticeCoordinator& model() { return *m_coordinator; }
     [[nodiscard]] const std::string& page() const { return m_coordinator->page().get(); }
@@ -98,7 +95,6 @@ protected:
     std::shared_ptr<PracticeCoordinator> m_coordinator;
     std::unique_ptr<PracticeView> m_view;
     int m_pondEntered = 0;
-    int m_panelOpened = 0;
     int m_notificationSettingsOpened = 0;
 };
 

