@@ -91,16 +91,6 @@ TEST_F(PracticeCoordinatorSnapshotTest, Topics_AreTheSelectedOnesInCatalogOrderW
     EXPECT_EQ(topics[1]["growthMoments"], 0);
 }
 
-TEST_F(PracticeCoordinatorSnapshotTest, Snapshot_FollowsTheResolvedLanguage)
-{
-    PracticeState state = practising();
-    state.language = "pi";
-    const json snapshot = json::parse(coordinatorWith(state).snapshot());
-    EXPECT_EQ(snapshot["language"], "pi");
-    EXPECT_EQ(snapshot["topics"][0]["title"], "phone (pi)");
-    EXPECT_EQ(snapshot["daysLabel"], "2 days in pi");
-}
-
 TEST_F(PracticeCoordinatorSnapshotTest, Envelope_CarriesTheSnapshotAsAString)
 {
     coordinatorWith(practising());

@@ -45,16 +45,6 @@ TEST_F(NativeExportsTest, Start_CalledTwice_BuildsOneHost)
     EXPECT_EQ(result.value("threadsAfterSecond"), result.value("threadsAfterFirst"));
 }
 
-TEST_F(NativeExportsTest, Start_WithoutSavedState_ShowsNoPondUntilOnboarded)
-{
-    const DriverProcess::Result result = drive("notice", {"smoking"});
-
-    ASSERT_EQ(result.status, 0) << result.errors;
-    EXPECT_EQ(result.value("initial"), "null");
-    EXPECT_EQ(result.value("event"), "null");
-    EXPECT_FALSE(std::filesystem::exists(stateFile()));
-}
-
 TEST_F(NativeExportsTest, Notice_TwiceBeforeOneRead_GivesOnlyTheLaterEnvelope)
 {
     seed(onboardedState());

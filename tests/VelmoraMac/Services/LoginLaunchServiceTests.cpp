@@ -12,8 +12,6 @@
 namespace velmora {
 namespace {
 
-using Request = HeadlessLoginItemService::Request;
-
 struct StatusCase {
     const char* name = "";
     LoginItemStatus status = LoginItemStatus::notRegistered;
@@ -38,21 +36,6 @@ TEST(LoginLaunchService, Status_EnabledWhenRegisteredOrAwaitingApproval)
         EXPECT_EQ(service.enabled(), c.enabled) << c.name;
         EXPECT_EQ(service.requiresApproval(), c.requiresApproval) << c.name;
     }
-}
-
-TEST(LoginLaunchService, SetEnabled_RegistersAndUnregistersTheApplication)
-{
-    const auto system = std::make_shared<HeadlessLoginItemService>();
-    LoginLaunchService service(system);
-    service.setEnabled(true);
-    EXPECT_TRUE(service.enabled());
-    service.setEnabled(false);
-    EXPECT_FALSE(service.enabled());
-
-    system->setStatusAfterRegistering(LoginItemStatus::requiresApproval);
-    service.setEnabled(true);
-    EXPECT_TRUE(service.requiresApproval());
-    EXPECT_EQ(system->requests(), (std::vector<Request>{Request::registerLoginItem, Request::unregisterLoginItem, Request::registerLoginItem}));
 }
 
 TEST(LoginLaunchService, RefusedSwitch_RaisesTheSystemsErrorAndKeepsTheStatus)
