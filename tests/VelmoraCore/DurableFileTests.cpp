@@ -30,15 +30,6 @@ protected:
     test::TemporaryFolder m_folder;
 };
 
-TEST_F(DurableFileTest, Write_ReplacesTheWholeContent)
-{
-    DurableFile::write(target(), "a much longer first content");
-    DurableFile::write(target(), "short");
-    EXPECT_EQ(DurableFile::read(target()), "short");
-    DurableFile::write(target(), "");
-    EXPECT_EQ(DurableFile::read(target()), "");
-}
-
 TEST_F(DurableFileTest, Write_ReplacesASymbolicLinkInsteadOfFollowingIt)
 {
     const fs::path elsewhere = m_folder / "elsewhere.json";

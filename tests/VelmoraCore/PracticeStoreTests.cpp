@@ -134,21 +134,6 @@ TEST_F(PracticeStoreTest, FailedLoad_LeavesTheStoreUnloadedAndTheFileUntouched)
     }
 }
 
-TEST_F(PracticeStoreTest, LoadOfAFolder_FailsWithTheReadErrorAndKeepsTheFolder)
-{
-    fs::create_directories(url());
-    PracticeStore store(url());
-    try {
-        store.load();
-        FAIL() << "loaded a folder";
-    } catch (const fs::filesystem_error& error) {
-        EXPECT_EQ(error.code(), std::errc::is_a_directory) << error.what();
-        EXPECT_EQ(error.path1(), url());
-    }
-    EXPECT_FALSE(store.state());
-    EXPECT_TRUE(fs::is_directory(url()));
-}
-
 TEST_F(PracticeStoreTest, FailingOrInvalidChange_PassesItsErrorOnAndChangesNothing)
 {
     PracticeStore store(url());
@@ -181,17 +166,6 @@ TEST_F(PracticeStoreTest, FolderThatCannotBeCreated_FailsWithTheFileSystemError)
     }
     EXPECT_EQ(store.state(), PracticeState());
     EXPECT_EQ(fileBytes(blocked), "not a folder");
-}
-
-TEST_F(PracticeStoreTest, TargetThatIsAFolder_FailsAtTheRenameAndLeavesNoTemporary)
-{
-    PracticeStore store(url());
-    store.load();
-    fs::create_directories(url());
-    EXPECT_THROW(store.update(selectPhone), fs::filesystem_error);
-    EXPECT_EQ(store.state(), PracticeState());
-    EXPECT_TRUE(fs::is_directory(url()));
-    EXPECT_TRUE(temporaries().empty());
 }
 
 struct WriteFault {
