@@ -58,6 +58,13 @@ protected:
 
     PracticeCoordinator& coordinator() { return *m_coordinator; }
 
+    void loadOnboarded()
+    {
+        saveBeforeStart(onboarded());
+        rebuild();
+        coordinator().load();
+    }
+
     test::TemporaryFolder m_folder;
     std::shared_ptr<const ContentCatalog> m_catalog = std::make_shared<const ContentCatalog>(ContentCatalog::fromJSON(test::coordinatorCatalogDocument().dump()));
     std::shared_ptr<test::RecordingReminders> m_reminders = std::make_shared<test::RecordingReminders>();
@@ -151,9 +158,7 @@ TEST_F(PracticeCoordinatorTest, FailedLoad_ShowsTheLocalizedErrorAndBlocksEveryC
 
 TEST_F(PracticeCoordinatorTest, Change_SavesBeforeItPublishesAndThenRefreshes)
 {
-    saveBeforeStart(onboarded());
-    rebuild();
-    coordinator().load();
+    loadOnboarded();
     coordinator().setErrorText("an earlier error");
     std::optional<std::string> fileWhenPublished;
     const Subscription subscription = coordinator().state().observe([&](const PracticeState&) { fileWhenPublished = fileBytes(url()); });
@@ -171,9 +176,7 @@ TEST_F(PracticeCoordinatorTest, Change_SavesBeforeItPublishesAndThenRefreshes)
 
 TEST_F(PracticeCoordinatorTest, FailedChange_KeepsStateAndFileShowsSaveErrorAndOpensThePanelOnce)
 {
-    saveBeforeStart(onboarded());
-    rebuild();
-    coordinator().load();
+    loadOnboarded();
     const std::string saved = fileBytes(url());
 
     EXPECT_FALSE(coordinator().notice("alcohol")) << "not selected";
@@ -190,9 +193,7 @@ TEST_F(PracticeCoordinatorTest, FailedChange_KeepsStateAndFileShowsSaveErrorAndO
 
 TEST_F(PracticeCoordinatorTest, Notice_CountsForTheUsersLocalDay)
 {
-    saveBeforeStart(onboarded());
-    rebuild();
-    coordinator().load();
+    loadOnboarded();
     EXPECT_TRUE(coordinator().notice("phone"));
     EXPECT_EQ(coordinator().state().get().lotuses.at("phone"), LotusProgress(1, "2025-03-15", 1));
     EXPECT_EQ(coordinator().state().get().practiceDays, PracticeState::StringSet{"2025-03-15"});
@@ -238,9 +239,7 @@ TEST_F(PracticeCoordinatorTest, FailedSelect_StaysOnThePage)
 
 TEST_F(PracticeCoordinatorTest, SetReminder_AsksForPermissionAndSwitchesOnlyWhenGranted)
 {
-    saveBeforeStart(onboarded());
-    rebuild();
-    coordinator().load();
+    loadOnboarded();
 
     coordinator().setReminder(true);
     EXPECT_FALSE(coordinator().state().get().reminderEnabled) << "nothing before the answer";
@@ -255,9 +254,7 @@ TEST_F(PracticeCoordinatorTest, SetReminder_AsksForPermissionAndSwitchesOnlyWhen
 
 TEST_F(PracticeCoordinatorTest, SetReminder_RefusedReportsDenialAndClearsOnlyThePermissionText)
 {
-    saveBeforeStart(onboarded());
-    rebuild();
-    coordinator().load();
+    loadOnboarded();
 
     coordinator().setErrorText("permissionDenied in fr");
     coordinator().setReminder(true);

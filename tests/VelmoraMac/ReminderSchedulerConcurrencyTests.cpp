@@ -74,32 +74,43 @@ protected:
     int m_opened = 0;
 };
 
-TEST_F(ReminderSchedulerTest, Schedule_PostsOneRequestPerDateInListOrder)
+// Pass after pass, as the coordinator makes them: the first replaces every
+// pending request, whatever its name, with one per date; an unchanged pass
+// touches nothing; a changed one replaces them, and practising today also
+// clears what was delivered.
+TEST_F(ReminderSchedulerTest, Passes_ReplaceThePendingRequestsOnlyWhenSomethingChanged)
 {
+    NotificationRequest older;
+    older.identifier = "from-an-older-version";
+    older.trigger = NotificationTrigger::at(utc(2025, 3, 12, 9), UserCalendar::utc());
+    m_center->add(older, nullptr);
     scheduleAndSettle(remindAt(20, 15));
-
-    const std::vector<NotificationRequest> pending = m_center->pendingRequests();
+    std::vector<NotificationRequest> pending = m_center->pendingRequests();
     EXPECT_EQ(identifiers(pending), sevenRequests());
     EXPECT_EQ(pending[0].title, "velmora");
     EXPECT_EQ(pending[0].body, "A gentle pause");
     EXPECT_EQ(pending[0].sound, NotificationSound::systemDefault);
     EXPECT_EQ(pending[0].trigger, (NotificationTrigger{.year = 2025, .month = 3, .day = 10, .hour = 20, .minute = 15, .timeZone = "Europe/Berlin"}));
     EXPECT_EQ(pending[6].trigger.day, 16);
-    EXPECT_EQ(m_denials, std::vector<bool>{false});
-}
 
-TEST_F(ReminderSchedulerTest, Schedule_LeavesPendingRequestsAloneWhenNothingChanged)
-{
-    scheduleAndSettle(remindAt(20, 0));
     const HeadlessNotificationCenter::Counts before = m_center->counts();
-    scheduleAndSettle(remindAt(20, 0));
+    scheduleAndSettle(remindAt(20, 15));
     EXPECT_EQ(m_center->counts().pendingRemovals, before.pendingRemovals);
     EXPECT_EQ(m_center->counts().adds, before.adds);
     EXPECT_EQ(m_denials, (std::vector<bool>{false, false})) << "denial is reported on every applied pass";
 
-    scheduleAndSettle(remindAt(20, 0), "Another language");
+    PracticeState practised = remindAt(20, 15);
+    practised.practiceDays = {"2025-03-10"};
+    scheduleAndSettle(practised, "Another language");
     EXPECT_EQ(m_center->counts().pendingRemovals, before.pendingRemovals + 1);
-    EXPECT_EQ(m_center->pendingRequests()[0].body, "Another language");
+    EXPECT_EQ(m_center->counts().deliveredRemovals, 1);
+    pending = m_center->pendingRequests();
+    EXPECT_EQ(pending[0].body, "Another language");
+    EXPECT_EQ(pending[0].trigger.day, 11) << "today's reminder is no longer wanted";
+
+    practised.reminderEnabled = false;
+    scheduleAndSettle(practised);
+    EXPECT_TRUE(m_center->pendingRequests().empty());
 }
 
 TEST_F(ReminderSchedulerTest, AuthorizationStatus_DecidesDenialAndWhetherAnythingIsPosted)
@@ -124,21 +135,6 @@ TEST_F(ReminderSchedulerTest, AuthorizationStatus_DecidesDenialAndWhetherAnythin
         EXPECT_EQ(m_denials, std::vector<bool>{c.denied});
         EXPECT_EQ(m_center->pendingRequests().size(), c.posted);
     }
-}
-
-TEST_F(ReminderSchedulerTest, EmptyList_RemovesEveryPendingRequestWhateverItsName)
-{
-    NotificationRequest older;
-    older.identifier = "from-an-older-version";
-    older.trigger = NotificationTrigger::at(utc(2025, 3, 12, 9), UserCalendar::utc());
-    m_center->add(older, nullptr);
-    scheduleAndSettle(remindAt(20, 0));
-    EXPECT_EQ(identifiers(m_center->pendingRequests()), sevenRequests());
-
-    PracticeState off = remindAt(20, 0);
-    off.reminderEnabled = false;
-    scheduleAndSettle(off);
-    EXPECT_TRUE(m_center->pendingRequests().empty());
 }
 
 TEST_F(ReminderSchedulerTest, StaleAnswers_DoNothingAtAll)
@@ -166,18 +162,6 @@ TEST_F(ReminderSchedulerTest, FailedAdd_MakesTheNextPassReplaceEverything)
     m_center->clearAddFailures();
     scheduleAndSettle(remindAt(20, 0));
     EXPECT_EQ(identifiers(m_center->pendingRequests()), sevenRequests());
-}
-
-TEST_F(ReminderSchedulerTest, SomethingNoticedToday_ClearsDeliveredButKeepsPending)
-{
-    scheduleAndSettle(remindAt(20, 0));
-    const int removalsBefore = m_center->counts().pendingRemovals;
-    PracticeState practised = remindAt(20, 0);
-    practised.practiceDays = {"2025-03-10"};
-    scheduleAndSettle(practised);
-    EXPECT_EQ(m_center->counts().deliveredRemovals, 1);
-    EXPECT_EQ(m_center->counts().pendingRemovals, removalsBefore + 1) << "today's reminder is no longer wanted";
-    EXPECT_EQ(m_center->pendingRequests()[0].trigger.day, 11);
 }
 
 TEST_F(ReminderSchedulerTest, Click_CompletesThePlatformFirstThenOpensOnTheMainThread)

@@ -1,8 +1,6 @@
 #include <atomic>
-#include <condition_variable>
 #include <latch>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <system_error>
 #include <thread>
@@ -106,32 +104,19 @@ TEST(HeadlessMainThread, AsyncWorkThatThrows_ReachesTheFailureHandlerOnTheMainTh
 TEST(HeadlessMainThreadTimer, Ticks_OnTheMainThreadUntilItsHandleIsGone)
 {
     HeadlessMainThread main;
-    std::mutex mutex;
-    std::condition_variable ticked;
-    int ticks = 0;
-    bool allOnMain = true;
+    std::atomic<int> ticks{0};
+    std::atomic<bool> allOnMain{true};
     RepeatingTimer timer = main.startRepeatingTimer(1ms, [&] {
-        const bool onMain = main.isMainThread();
-        {
-            const std::scoped_lock lock(mutex);
-            ++ticks;
-            allOnMain = allOnMain && onMain;
-        }
-        ticked.notify_all();
+        if (!main.isMainThread())
+            allOnMain = false;
+        ++ticks;
     });
-    {
-        std::unique_lock lock(mutex);
-        ticked.wait(lock, [&] { return ticks >= 3; });
-    }
+    while (ticks < 3)
+        std::this_thread::yield();
     timer.cancel();
-    int ticksWhenCancelled = 0;
-    {
-        const std::scoped_lock lock(mutex);
-        ticksWhenCancelled = ticks;
-    }
+    const int ticksWhenCancelled = ticks;
     for (int roundTrip = 0; roundTrip < 3; ++roundTrip)
         main.runSync([] {});
-    const std::scoped_lock lock(mutex);
     EXPECT_EQ(ticks, ticksWhenCancelled);
     EXPECT_TRUE(allOnMain);
 }
