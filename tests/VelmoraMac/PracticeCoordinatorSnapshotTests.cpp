@@ -108,16 +108,5 @@ TEST_F(PracticeCoordinatorSnapshotTest, Envelope_CarriesTheSnapshotAsAString)
     EXPECT_EQ(EventEnvelope::wrap("caf\xC3"), std::nullopt);
 }
 
-TEST_F(PracticeCoordinatorSnapshotTest, EveryChange_EmitsTheNewestSnapshot)
-{
-    PracticeCoordinator& coordinator = coordinatorWith(practising());
-    coordinator.notice("alcohol");
-    coordinator.notice("alcohol");
-    ASSERT_EQ(m_snapshots.size(), 3U);
-    const json newest = json::parse(m_snapshots.back());
-    EXPECT_EQ(newest["topics"][2]["moments"], 2);
-    EXPECT_EQ(newest["daysLabel"], "3 days in en");
-}
-
 } // namespace
 } // namespace velmora
