@@ -159,9 +159,14 @@ protected:
         int x = 0;
         int y = 0;
         gtk_widget_translate_coordinates(widget, toplevel, gtk_widget_get_allocated_width(widget) / 2, gtk_widget_get_allocated_height(widget) / 2, &x, &y);
+        // A window the library left smaller than its content would take
+        // the click on the desktop behind it.
+        GdkWindow* window = gtk_widget_get_window(toplevel);
+        ASSERT_TRUE(x < gdk_window_get_width(window) && y < gdk_window_get_height(window))
+            << "(" << x << ", " << y << ") lies outside its window of " << gdk_window_get_width(window) << " × " << gdk_window_get_height(window);
         int originX = 0;
         int originY = 0;
-        gdk_window_get_origin(gtk_widget_get_window(toplevel), &originX, &originY);
+        gdk_window_get_origin(window, &originX, &originY);
         clickAtRoot(originX + x, originY + y);
     }
 
@@ -244,9 +249,11 @@ protected:
     {
         g_object_add_weak_pointer(G_OBJECT(widget), reinterpret_cast<gpointer*>(&widget)); // NOLINT(cppcoreguidelines-pro-type-reinterpret-cast): GLib's weak pointer
         clickWidget(widget);
-        ASSERT_TRUE(runUntil([&] { return widget == nullptr || (pondVisible() && panelWindow() == nullptr); }));
+        const bool changed = !HasFatalFailure() && runUntil([&] { return widget == nullptr || (pondVisible() && panelWindow() == nullptr); });
+        // Never left behind: the pointer lives on this stack.
         if (widget != nullptr)
             g_object_remove_weak_pointer(G_OBJECT(widget), reinterpret_cast<gpointer*>(&widget)); // NOLINT(cppcoreguidelines-pro-type-reinterpret-cast): as above
+        ASSERT_TRUE(changed) << "the click changed nothing";
     }
 
     // The item's bus name, once it registered with the tray watcher.
@@ -425,7 +432,7 @@ TEST_F(DesktopEndToEnd, Onboarding_ClickedThroughThePanel_EndsInAPondWithLotuses
             std::string first = std::string(gtk_widget_get_name(topics.front())).substr(6);
             if (std::ranges::find(chosen, first) == chosen.end()) {
                 chosen.push_back(std::move(first));
-                clickAndWait(topics.front());
+                ASSERT_NO_FATAL_FAILURE(clickAndWait(topics.front()));
                 continue;
             }
         }
@@ -433,7 +440,7 @@ TEST_F(DesktopEndToEnd, Onboarding_ClickedThroughThePanel_EndsInAPondWithLotuses
         const auto switches = widgets(panel, [](GtkWidget* widget) { return GTK_IS_BUTTON(widget) && hasRole(widget, ATK_ROLE_TOGGLE_BUTTON); });
         if (!switches.empty() && !loginSwitched) {
             loginSwitched = true;
-            clickAndWait(switches.front());
+            ASSERT_NO_FATAL_FAILURE(clickAndWait(switches.front()));
             continue;
         }
         // The footer's button leads on.
@@ -441,7 +448,7 @@ TEST_F(DesktopEndToEnd, Onboarding_ClickedThroughThePanel_EndsInAPondWithLotuses
             return GTK_IS_BUTTON(widget) && hasRole(widget, ATK_ROLE_PUSH_BUTTON) && gtk_widget_get_hexpand(widget) && gtk_widget_is_sensitive(widget);
         });
         ASSERT_FALSE(primary.empty()) << "no way on from page " << page;
-        clickAndWait(primary.back());
+        ASSERT_NO_FATAL_FAILURE(clickAndWait(primary.back()));
     }
     ASSERT_TRUE(runUntil([&] { return pondVisible(); }));
     const json state = stateFile();

@@ -16,7 +16,9 @@ namespace velmora::test {
 // and python3-dbusmock servers on them, each in a process of its own since
 // a synchronous call to a mock served on the calling thread would deadlock.
 // Everything goes with the session. Build it before anything connects to a
-// bus: GLib keeps the first bus connection of each kind for the process.
+// bus: GLib keeps the shared connection of each kind (g_bus_get) while
+// anyone holds it, so a test that takes it must let it go, and wait until
+// it is gone, before the next session comes.
 class DesktopSession {
 public:
     template <typename T>
