@@ -21,8 +21,9 @@ namespace pond {
 // Everything that costs (text layout, icon decoding, the flowers' curves
 // and gradients, the water's backdrop) is drawn once into cached surfaces
 // when a snapshot arrives or a lotus changes size; a frame then blits
-// those and strokes a few dozen short lines for the water, so it neither
-// allocates nor lays out text.
+// those and strokes a few dozen short lines for the water. It lays out no
+// text and makes no allocation of its own; Cairo's stroking and painting
+// still allocate short-lived buffers inside each call.
 //
 // One thread only (the one that paints).
 class PondPainter {
