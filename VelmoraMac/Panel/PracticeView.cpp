@@ -215,8 +215,12 @@ void PracticeView::openNotificationSettings()
 Instant PracticeView::reminderTime() const
 {
     const PracticeState& state = m_model->state().get();
-    const Instant now = m_services.system->now();
-    return TimeOfDay{state.reminderHour, state.reminderMinute}.on(now, m_services.system->currentCalendar()).value_or(now);
+    return reminderTimeAt(TimeOfDay{state.reminderHour, state.reminderMinute}).value_or(m_services.system->now());
+}
+
+std::optional<Instant> PracticeView::reminderTimeAt(TimeOfDay time) const
+{
+    return time.on(m_services.system->now(), m_services.system->currentCalendar());
 }
 
 bool PracticeView::reminderTimeEnabled() const

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -10,6 +11,7 @@
 #include "PanelBody.h"
 #include "PanelServices.h"
 #include "PanelStyle.h"
+#include "TimeOfDay.h"
 #include "VelmoraCore/Instant.h"
 #include "VelmoraCore/PracticeState.h"
 #include "VelmoraMac/PracticeCoordinator.h"
@@ -105,6 +107,9 @@ public:
     void openNotificationSettings();
     // Today at the reminder time, or now when that time cannot be formed.
     [[nodiscard]] Instant reminderTime() const;
+    // Today at `time` in the user's calendar; none for a time outside the
+    // clock.
+    [[nodiscard]] std::optional<Instant> reminderTimeAt(TimeOfDay time) const;
     // Off while reminders are off, and while notifications are denied.
     [[nodiscard]] bool reminderTimeEnabled() const;
     // Saves the hour and minute of `picked` in the user's calendar; false

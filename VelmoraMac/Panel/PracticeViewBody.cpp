@@ -292,6 +292,11 @@ SettingsPage PracticeView::settingsPage() const
     picker.minute = shown ? shown->minute : state.reminderMinute;
     picker.tint = m_style.color("gold");
     picker.enabled = reminderTimeEnabled();
+    picker.dateAt = [weak = m_weakSelf.weak()](TimeOfDay time) -> std::optional<Instant> {
+        if (const PracticeView* view = WeakSelf<PracticeView>::lock(weak))
+            return view->reminderTimeAt(time);
+        return std::nullopt;
+    };
     picker.pick = [weak = m_weakSelf.weak()](Instant picked) {
         if (PracticeView* view = WeakSelf<PracticeView>::lock(weak))
             view->setReminderTime(picked);

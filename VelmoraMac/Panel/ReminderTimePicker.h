@@ -2,10 +2,12 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "Color.h"
 #include "PanelText.h"
+#include "TimeOfDay.h"
 #include "VelmoraCore/Instant.h"
 
 namespace velmora {
@@ -20,6 +22,11 @@ struct ReminderTimePicker {
     std::int64_t minute = 0;
     Color tint;
     bool enabled = false;
+    // Today at `time` in the user's calendar, for a picker that edits the
+    // fields of a time rather than an instant: stepping `date` by the
+    // fields' difference would be an hour off across a daylight-saving
+    // change that day. None for a time outside the clock.
+    std::function<std::optional<Instant>(TimeOfDay time)> dateAt;
     // Stores the hour and minute of the picked instant in the user's
     // calendar.
     std::function<void(Instant picked)> pick;

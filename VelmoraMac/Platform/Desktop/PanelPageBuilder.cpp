@@ -1,11 +1,11 @@
 #include "PanelPageBuilder.h"
 
-#include <chrono>
 #include <cmath>
 #include <exception>
 #include <functional>
 #include <memory>
 #include <numbers>
+#include <optional>
 #include <utility>
 
 namespace velmora {
@@ -138,10 +138,8 @@ gboolean onDrawSwitch(GtkWidget* widget, cairo_t* cairo, gpointer data)
 // The reminder's time picker: the hour and minute fields change one part of
 // the time each, and the instant handed on keeps the other part as shown.
 struct TimeEdit {
+    std::function<std::optional<Instant>(TimeOfDay)> dateAt;
     std::function<void(Instant)> pick;
-    Instant date;
-    std::int64_t hour = 0;
-    std::int64_t minute = 0;
 };
 
 const char* const hourName = "reminder.hour";
@@ -166,14 +164,13 @@ void onTimeChanged(GtkSpinButton* field, gpointer data)
     const auto& edit = *static_cast<const TimeEdit*>(data);
     GtkSpinButton* hourField = sibling(GTK_WIDGET(field), hourName);
     GtkSpinButton* minuteField = sibling(GTK_WIDGET(field), minuteName);
-    if (hourField == nullptr || minuteField == nullptr || !edit.pick)
+    if (hourField == nullptr || minuteField == nullptr || !edit.pick || !edit.dateAt)
         return;
-    const std::int64_t hour = gtk_spin_button_get_value_as_int(hourField);
-    const std::int64_t minute = gtk_spin_button_get_value_as_int(minuteField);
-    // The shown date is today at the shown time; moving it by the difference
-    // gives today at the new one.
-    const Instant picked = edit.date + std::chrono::minutes((hour - edit.hour) * 60 + (minute - edit.minute));
-    perform([&] { edit.pick(picked); });
+    const TimeOfDay shown{gtk_spin_button_get_value_as_int(hourField), gtk_spin_button_get_value_as_int(minuteField)};
+    const std::optional<Instant> picked = edit.dateAt(shown);
+    if (!picked)
+        return;
+    perform([&] { edit.pick(*picked); });
 }
 
 // Hours and minutes read as a clock does: "07", not "7".
@@ -508,7 +505,7 @@ GtkWidget* PanelPageBuilder::timePicker(const ReminderTimePicker& picker)
         m_sheet.style(spin, fieldStyle);
         g_signal_connect(spin, "output", G_CALLBACK(onTimeOutput), nullptr);
         // After the value is set, so that building does not count as a pick.
-        connectOwned(spin, "value-changed", G_CALLBACK(onTimeChanged), TimeEdit{picker.pick, picker.date, picker.hour, picker.minute});
+        connectOwned(spin, "value-changed", G_CALLBACK(onTimeChanged), TimeEdit{picker.dateAt, picker.pick});
         return spin;
     };
     add(line, field(hourName, 23, picker.hour));
