@@ -244,6 +244,12 @@ std::optional<Rect> DesktopWindow::actualFrame() const
     GdkWindow* gdkWindow = gtk_widget_get_window(GTK_WIDGET(m_window));
     GdkRectangle extents;
     gdk_window_get_frame_extents(gdkWindow, &extents);
+    // Until the window manager has framed a new window GDK answers with a
+    // 1 × 1 placeholder at the origin, even in the window's first
+    // configure-event; taken for the frame, it would shrink the window and
+    // everything that follows it. A real frame holds the content.
+    if (extents.width < gdk_window_get_width(gdkWindow) || extents.height < gdk_window_get_height(gdkWindow))
+        return std::nullopt;
     return DesktopWindowCoordinates::toScreen(extents, displayOf(m_window));
 }
 
