@@ -339,6 +339,9 @@ TEST_F(PanelWidgetTest, Settings_ShowTheirTextsSaveAtOnceAndKeepTheReadersPlace)
     stored.reminderEnabled = true;
     stored.reminderHour = 20;
     stored.reminderMinute = 0;
+    // The day Helsinki's clocks go forward at 03:00: a time picked before
+    // the change lies an hour away from where the shown 20:00 counts it.
+    m_system->setNow(test::utc(2025, 3, 30, 9, 0));
     show(stored);
     expectShowsBody("settings");
     screenshot("settings");
@@ -363,15 +366,15 @@ TEST_F(PanelWidgetTest, Settings_ShowTheirTextsSaveAtOnceAndKeepTheReadersPlace)
     auto* hour = GTK_SPIN_BUTTON(named(root(), "reminder.hour"));
     ASSERT_NE(hour, nullptr);
     ASSERT_TRUE(gtk_widget_is_sensitive(GTK_WIDGET(hour)));
-    gtk_spin_button_set_value(hour, 7);
+    gtk_spin_button_set_value(hour, 1);
     settle();
     auto* minute = GTK_SPIN_BUTTON(named(root(), "reminder.minute"));
     ASSERT_NE(minute, nullptr);
     gtk_spin_button_set_value(minute, 45);
     settle();
-    EXPECT_EQ(savedState().reminderHour, 7);
+    EXPECT_EQ(savedState().reminderHour, 1);
     EXPECT_EQ(savedState().reminderMinute, 45);
-    EXPECT_STREQ(gtk_entry_get_text(GTK_ENTRY(named(root(), "reminder.hour"))), "07");
+    EXPECT_STREQ(gtk_entry_get_text(GTK_ENTRY(named(root(), "reminder.hour"))), "01");
 
     // The pages the settings lead to; another page starts at its top.
     click(buttonShowing(root(), text("guide")));
