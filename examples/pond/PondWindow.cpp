@@ -135,13 +135,15 @@ void PondWindow::tick(GdkFrameClock* clock)
     }
     m_lastFrameTime = frameTime;
 
-    if (m_options.screenshot && m_frames == m_options.screenshotFrame) {
+    // A screenshot ends the run only when no run length was asked for: with
+    // both on the same frame, the figures are printed too.
+    const bool screenshotNow = m_options.screenshot && m_frames == m_options.screenshotFrame;
+    if (screenshotNow)
         takeScreenshot();
-        finish(m_status);
-        return;
-    }
-    if (m_options.frames && m_frames == *m_options.frames) {
+    const bool runDone = m_options.frames && m_frames == *m_options.frames;
+    if (runDone)
         printStatistics();
+    if (runDone || (screenshotNow && !m_options.frames)) {
         finish(m_status);
         return;
     }
