@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <exception>
 
+#include "Owned.h"
+
 namespace pond {
 namespace {
 
@@ -58,8 +60,29 @@ void PondWindow::attach(const VelmoraLibrary& library)
     if (m_area == nullptr)
         return;
     m_frame = std::make_unique<PondFrame>(library, gtk_widget_get_scale_factor(m_area));
+    prime();
     m_drawHandler = g_signal_connect(m_area, "draw", G_CALLBACK(onDraw), this);
     m_tick = gtk_widget_add_tick_callback(m_area, onTick, this, nullptr);
+}
+
+// Draws the pond once off screen before the display's first frame: the
+// first snapshot's texts, flowers and water take longer than a frame to
+// cache, and the display would otherwise wait a frame for them.
+void PondWindow::prime()
+{
+    const int scale = gtk_widget_get_scale_factor(m_area);
+    // Before the first layout the area has no size yet; the window's is
+    // the one it will get.
+    int width = gtk_widget_get_allocated_width(m_area);
+    int height = gtk_widget_get_allocated_height(m_area);
+    if (width <= 1 || height <= 1)
+        gtk_window_get_size(GTK_WINDOW(m_window), &width, &height);
+    const Owned<cairo_surface_t, cairo_surface_destroy> surface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width * scale, height * scale));
+    cairo_surface_set_device_scale(surface.get(), scale, scale);
+    const Owned<cairo_t, cairo_destroy> cr(cairo_create(surface.get()));
+    m_frame->advance(static_cast<double>(g_get_monotonic_time()) / 1e6, {static_cast<double>(width), static_cast<double>(height)});
+    if (m_frame->snapshot())
+        m_frame->paint(cr.get());
 }
 
 gboolean PondWindow::onTick(GtkWidget* /*widget*/, GdkFrameClock* clock, gpointer self) noexcept

@@ -56,6 +56,7 @@ private:
     static gboolean onKeyPress(GtkWidget* widget, GdkEventKey* event, gpointer self) noexcept;
     static void onDestroy(GtkWidget* widget, gpointer self) noexcept;
 
+    void prime();
     void tick(GdkFrameClock* clock);
     void finish(int status);
     void takeScreenshot();
