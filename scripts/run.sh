@@ -7,9 +7,10 @@
 # job ends when you close it or choose "Quit" in the tray menu.
 #
 # Without one, the pond runs on a virtual desktop (scripts/with-desktop.sh)
-# for 600 frames and leaves a screenshot, build/release/pond.png; then the
-# minimal example renderer (examples/MinimalRenderer.c) plays the library
-# headless, and the pond's and the library's benchmarks run briefly.
+# for 600 frames, prints its frame figures and leaves a screenshot,
+# build/release/pond.png; then the minimal example renderer
+# (examples/MinimalRenderer.c) plays the library headless, and the pond's
+# and the library's benchmarks run briefly.
 #
 # The minimal renderer
 # It gets a throw-away data folder holding a user who has finished
@@ -28,7 +29,7 @@ if [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
     POND=$pond exec ./examples/pond/run.sh
 fi
 
-echo "== The pond on a virtual desktop: 600 frames, then a screenshot"
+echo "== The pond on a virtual desktop: 600 frames, its figures, then a screenshot"
 POND=$pond ./scripts/with-desktop.sh ./examples/pond/run.sh --frames 600 --screenshot build/release/pond.png --after 600
 
 data=$(mktemp -d)
