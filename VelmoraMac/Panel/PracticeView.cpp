@@ -215,12 +215,8 @@ void PracticeView::openNotificationSettings()
 Instant PracticeView::reminderTime() const
 {
     const PracticeState& state = m_model->state().get();
-    return reminderTimeAt(TimeOfDay{state.reminderHour, state.reminderMinute}).value_or(m_services.system->now());
-}
-
-std::optional<Instant> PracticeView::reminderTimeAt(TimeOfDay time) const
-{
-    return time.on(m_services.system->now(), m_services.system->currentCalendar());
+    const Instant now = m_services.system->now();
+    return TimeOfDay{state.reminderHour, state.reminderMinute}.on(now, m_services.system->currentCalendar()).value_or(now);
 }
 
 bool PracticeView::reminderTimeEnabled() const
@@ -230,12 +226,15 @@ bool PracticeView::reminderTimeEnabled() const
 
 bool PracticeView::setReminderTime(Instant picked)
 {
-    if (!reminderTimeEnabled())
-        return false;
     const std::optional<TimeOfDay> time = TimeOfDay::of(picked, m_services.system->currentCalendar());
-    if (!time)
+    return time && setReminderTime(*time);
+}
+
+bool PracticeView::setReminderTime(TimeOfDay time)
+{
+    if (!reminderTimeEnabled() || !time.isOnTheClock())
         return false;
-    return m_model->change([time = *time](PracticeState state) {
+    return m_model->change([time](PracticeState state) {
         state.reminderHour = time.hour;
         state.reminderMinute = time.minute;
         return state;

@@ -107,14 +107,14 @@ public:
     void openNotificationSettings();
     // Today at the reminder time, or now when that time cannot be formed.
     [[nodiscard]] Instant reminderTime() const;
-    // Today at `time` in the user's calendar; none for a time outside the
-    // clock.
-    [[nodiscard]] std::optional<Instant> reminderTimeAt(TimeOfDay time) const;
     // Off while reminders are off, and while notifications are denied.
     [[nodiscard]] bool reminderTimeEnabled() const;
     // Saves the hour and minute of `picked` in the user's calendar; false
     // when the picker is disabled or the change could not be saved.
     bool setReminderTime(Instant picked);
+    // Saves `time` as it is, for a picker that edits the hour and minute
+    // themselves; false as above, and for a time outside the clock.
+    bool setReminderTime(TimeOfDay time);
     void openPrivacyPolicy();
 
 private:

@@ -287,15 +287,13 @@ SettingsPage PracticeView::settingsPage() const
     ReminderTimePicker& picker = page.reminder.time;
     picker.label = PanelText::plain(text("time"), baseSize, paper);
     picker.date = reminderTime();
-    const std::optional<TimeOfDay> shown = TimeOfDay::of(picker.date, m_services.system->currentCalendar());
-    picker.hour = shown ? shown->hour : state.reminderHour;
-    picker.minute = shown ? shown->minute : state.reminderMinute;
+    picker.hour = state.reminderHour;
+    picker.minute = state.reminderMinute;
     picker.tint = m_style.color("gold");
     picker.enabled = reminderTimeEnabled();
-    picker.dateAt = [weak = m_weakSelf.weak()](TimeOfDay time) -> std::optional<Instant> {
-        if (const PracticeView* view = WeakSelf<PracticeView>::lock(weak))
-            return view->reminderTimeAt(time);
-        return std::nullopt;
+    picker.pickTime = [weak = m_weakSelf.weak()](TimeOfDay time) {
+        if (PracticeView* view = WeakSelf<PracticeView>::lock(weak))
+            view->setReminderTime(time);
     };
     picker.pick = [weak = m_weakSelf.weak()](Instant picked) {
         if (PracticeView* view = WeakSelf<PracticeView>::lock(weak))

@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <functional>
-#include <optional>
 #include <string>
 
 #include "Color.h"
@@ -17,19 +16,20 @@ struct ReminderTimePicker {
     PanelText label;
     // Today at the reminder time in the user's calendar.
     Instant date;
-    // The hour and minute `date` shows in the user's calendar.
+    // The stored hour and minute: what `date` shows in the user's calendar,
+    // except on a day when a daylight-saving change skips them.
     std::int64_t hour = 0;
     std::int64_t minute = 0;
     Color tint;
     bool enabled = false;
-    // Today at `time` in the user's calendar, for a picker that edits the
-    // fields of a time rather than an instant: stepping `date` by the
-    // fields' difference would be an hour off across a daylight-saving
-    // change that day. None for a time outside the clock.
-    std::function<std::optional<Instant>(TimeOfDay time)> dateAt;
     // Stores the hour and minute of the picked instant in the user's
     // calendar.
     std::function<void(Instant picked)> pick;
+    // Stores `time` as it is, for a picker that edits the hour and minute
+    // fields rather than an instant: any instant formed from them today is
+    // wrong on a day with a daylight-saving change, when a time in the
+    // skipped hour becomes the hour after it.
+    std::function<void(TimeOfDay time)> pickTime;
 };
 
 } // namespace velmora

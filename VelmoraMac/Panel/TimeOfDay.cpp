@@ -42,9 +42,14 @@ std::optional<TimeOfDay> TimeOfDay::of(Instant instant, const UserCalendar& cale
     return TimeOfDay{hour, minute};
 }
 
+bool TimeOfDay::isOnTheClock() const
+{
+    return hour >= 0 && hour < hoursPerDay && minute >= 0 && minute < minutesPerHour;
+}
+
 std::optional<Instant> TimeOfDay::on(Instant now, const UserCalendar& calendar) const
 {
-    if (hour < 0 || hour >= hoursPerDay || minute < 0 || minute >= minutesPerHour)
+    if (!isOnTheClock())
         return std::nullopt;
     icu::GregorianCalendar gregorian = calendarIn(calendar);
     UErrorCode status = U_ZERO_ERROR;

@@ -16,6 +16,9 @@ struct TimeOfDay {
 
     bool operator==(const TimeOfDay&) const = default;
 
+    // Whether a clock shows it: hours 0 to 23, minutes 0 to 59.
+    [[nodiscard]] bool isOnTheClock() const;
+
     // The hour and minute `instant` shows in the calendar's zone; none for
     // an instant beyond the calendar's range.
     static std::optional<TimeOfDay> of(Instant instant, const UserCalendar& calendar);

@@ -5,7 +5,6 @@
 #include <functional>
 #include <memory>
 #include <numbers>
-#include <optional>
 #include <utility>
 
 namespace velmora {
@@ -136,10 +135,9 @@ gboolean onDrawSwitch(GtkWidget* widget, cairo_t* cairo, gpointer data)
 }
 
 // The reminder's time picker: the hour and minute fields change one part of
-// the time each, and the instant handed on keeps the other part as shown.
+// the time each, and the time handed on keeps the other part as shown.
 struct TimeEdit {
-    std::function<std::optional<Instant>(TimeOfDay)> dateAt;
-    std::function<void(Instant)> pick;
+    std::function<void(TimeOfDay)> pick;
 };
 
 const char* const hourName = "reminder.hour";
@@ -164,13 +162,10 @@ void onTimeChanged(GtkSpinButton* field, gpointer data)
     const auto& edit = *static_cast<const TimeEdit*>(data);
     GtkSpinButton* hourField = sibling(GTK_WIDGET(field), hourName);
     GtkSpinButton* minuteField = sibling(GTK_WIDGET(field), minuteName);
-    if (hourField == nullptr || minuteField == nullptr || !edit.pick || !edit.dateAt)
+    if (hourField == nullptr || minuteField == nullptr || !edit.pick)
         return;
     const TimeOfDay shown{gtk_spin_button_get_value_as_int(hourField), gtk_spin_button_get_value_as_int(minuteField)};
-    const std::optional<Instant> picked = edit.dateAt(shown);
-    if (!picked)
-        return;
-    perform([&] { edit.pick(*picked); });
+    perform([&] { edit.pick(shown); });
 }
 
 // Hours and minutes read as a clock does: "07", not "7".
@@ -505,7 +500,7 @@ GtkWidget* PanelPageBuilder::timePicker(const ReminderTimePicker& picker)
         m_sheet.style(spin, fieldStyle);
         g_signal_connect(spin, "output", G_CALLBACK(onTimeOutput), nullptr);
         // After the value is set, so that building does not count as a pick.
-        connectOwned(spin, "value-changed", G_CALLBACK(onTimeChanged), TimeEdit{picker.dateAt, picker.pick});
+        connectOwned(spin, "value-changed", G_CALLBACK(onTimeChanged), TimeEdit{picker.pickTime});
         return spin;
     };
     add(line, field(hourName, 23, picker.hour));
