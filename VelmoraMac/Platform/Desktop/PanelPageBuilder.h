@@ -53,7 +53,7 @@ private:
     [[nodiscard]] GtkWidget* icon(const PanelIcon& icon);
     [[nodiscard]] GtkWidget* button(const PanelButton& button);
     [[nodiscard]] GtkWidget* row(const PanelRow& row);
-    [[nodiscard]] GtkWidget* switchRow(const PanelSwitchRow& row);
+    [[nodiscard]] static GtkWidget* switchRow(const PanelSwitchRow& row);
     [[nodiscard]] GtkWidget* card(const std::vector<GtkWidget*>& sections);
     [[nodiscard]] std::vector<GtkWidget*> loginSections(const LoginBlock& block);
     [[nodiscard]] GtkWidget* topicCard(const TopicCard& card);
