@@ -66,19 +66,6 @@ TEST_F(DurableFileTest, Write_LeavesATemporaryThatALiveWriterHolds)
     EXPECT_FALSE(fs::exists(inFlight));
 }
 
-TEST_F(DurableFileTest, CreateFolders_AcceptsExistingFoldersAndRefusesFilesInTheWay)
-{
-    const fs::path nested = m_folder / "a" / "b" / "c";
-    DurableFile::createFolders(nested);
-    DurableFile::createFolders(nested);
-    EXPECT_TRUE(fs::is_directory(nested));
-    EXPECT_EQ(fs::status(nested).permissions(), fs::perms::owner_all);
-
-    writeFileBytes(m_folder / "file", "");
-    EXPECT_THROW(DurableFile::createFolders(m_folder / "file"), fs::filesystem_error);
-    EXPECT_THROW(DurableFile::createFolders(m_folder / "file" / "below"), fs::filesystem_error);
-}
-
 TEST_F(DurableFileTest, Exists_FollowsLinksAndTreatsAFileInThePathAsAbsence)
 {
     EXPECT_FALSE(DurableFile::exists(target()));

@@ -94,41 +94,6 @@ TEST(PracticeStateGrowth, Notice_KeepsAFullLotusFullAndStillCountsTheMoment)
     EXPECT_EQ(noticed.lotuses.at("phone"), (LotusProgress(41, "2025-03-02", 14)));
 }
 
-TEST(PracticeStateGrowth, Notice_ChangesNothingButTheLotusAndThePracticeDays)
-{
-    PracticeState state;
-    state.onboarded = true;
-    state.selected = {"phone", "money"};
-    state.lotuses["money"] = LotusProgress(2, "2025-01-01", 2);
-    state.practiceDays = {"2025-01-01"};
-    state.language = "pi";
-    state.hintSeen = true;
-    state.wiltWeekSeen = "2024-12-30";
-    state.reminderEnabled = true;
-    state.reminderHour = 7;
-    state.reminderMinute = 45;
-    state.waterSoundEnabled = false;
-
-    const PracticeState before = state;
-    PracticeState noticed = state.notice("phone", utc(2025, 1, 3), UserCalendar::utc());
-    EXPECT_EQ(state, before) << "the receiver is left as it was";
-
-    noticed.lotuses.erase("phone");
-    noticed.practiceDays.erase("2025-01-03");
-    EXPECT_EQ(noticed, before);
-}
-
-TEST(PracticeStateGrowth, Notice_RefusesUnselectedTopicsEvenWithALotus)
-{
-    PracticeState state;
-    state.selected = {"money"};
-    state.lotuses["phone"] = LotusProgress(3, "2025-01-01", 3);
-    const PracticeState before = state;
-    expectPracticeError([&] { (void)state.notice("phone", utc(2025, 1, 2), UserCalendar::utc()); }, PracticeError::notSelected);
-    expectPracticeError([&] { (void)state.notice("coffee", utc(2025, 1, 2), UserCalendar::utc()); }, PracticeError::notSelected);
-    EXPECT_EQ(state, before);
-}
-
 TEST(PracticeStateGrowth, Notice_RefusesToOverflowTheMomentCounter)
 {
     constexpr std::int64_t largest = std::numeric_limits<std::int64_t>::max();

@@ -79,24 +79,6 @@ TEST_F(PracticeStoreTest, FirstUpdate_CreatesPrivateFoldersAndTheFile)
     EXPECT_TRUE(temporaries().empty());
 }
 
-TEST_F(PracticeStoreTest, Update_RewritesTheFileEvenWhenNothingChanged)
-{
-    PracticeStore store(url());
-    const std::string saved = saveFirstState(store);
-    writeFileBytes(url(), "overwritten behind the store's back");
-    store.update([](PracticeState state) { return state; });
-    EXPECT_EQ(fileBytes(url()), saved);
-}
-
-TEST_F(PracticeStoreTest, UpdateBeforeLoad_FailsWithNotLoadedWithoutCallingTheChange)
-{
-    PracticeStore store(url());
-    bool called = false;
-    expectPracticeError([&] { store.update([&](PracticeState state) { called = true; return state; }); }, PracticeError::notLoaded);
-    EXPECT_FALSE(called);
-    EXPECT_FALSE(fs::exists(url()));
-}
-
 struct BadFile {
     const char* name;
     std::string bytes;

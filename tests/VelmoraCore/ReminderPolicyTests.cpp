@@ -140,24 +140,6 @@ TEST(ReminderPolicy, Unauthorized_ClearsPendingRemindersAndReportsAWantedReminde
     EXPECT_FALSE(granted.permissionDenied);
 }
 
-TEST(ReminderPolicy, FirstEvaluationAndInvalidate_HandOutTheUpcomingDates)
-{
-    ReminderPolicy policy;
-    const Inputs in = baseline();
-    const ReminderDecision first = evaluate(policy, in);
-    ASSERT_TRUE(first.datesToSchedule);
-    EXPECT_EQ(*first.datesToSchedule, upcoming(in));
-    EXPECT_FALSE(first.clearDelivered);
-    EXPECT_FALSE(first.permissionDenied);
-    EXPECT_FALSE(evaluate(policy, in).datesToSchedule);
-
-    policy.invalidate();
-    const ReminderDecision again = evaluate(policy, in);
-    ASSERT_TRUE(again.datesToSchedule);
-    EXPECT_EQ(*again.datesToSchedule, *first.datesToSchedule);
-    EXPECT_FALSE(evaluate(policy, in).datesToSchedule);
-}
-
 struct ClearCase {
     const char* name = "";
     const char* zone = "UTC";

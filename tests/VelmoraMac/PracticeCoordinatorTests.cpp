@@ -98,8 +98,10 @@ TEST_F(PracticeCoordinatorTest, Load_ChoosesThePageFromTheStoredState)
         if (c.stored)
             saveBeforeStart(*c.stored);
         rebuild();
+        m_snapshots.clear();
         coordinator().load();
         EXPECT_EQ(coordinator().page().get(), c.page);
+        EXPECT_EQ(m_snapshots.size(), c.stored && c.stored->onboarded ? 1U : 0U) << "the pond shows only after onboarding";
         EXPECT_EQ(coordinator().state().get(), c.stored.value_or(PracticeState()));
     }
 }
@@ -111,7 +113,6 @@ TEST_F(PracticeCoordinatorTest, Load_RefreshesSchedulesAndEmitsOneSnapshotForAnO
     m_login->status = 2;
     coordinator().load();
 
-    EXPECT_EQ(m_snapshots.size(), 1U);
     ASSERT_EQ(m_reminders->scheduled.size(), 1U);
     EXPECT_EQ(m_reminders->scheduled[0].title, "velmora");
     EXPECT_EQ(m_reminders->scheduled[0].body, "dailyGentle in fr");
@@ -119,13 +120,6 @@ TEST_F(PracticeCoordinatorTest, Load_RefreshesSchedulesAndEmitsOneSnapshotForAnO
     EXPECT_EQ(m_chromeChanged, 1);
     EXPECT_TRUE(coordinator().loginEnabled().get());
     EXPECT_TRUE(coordinator().loginRequiresApproval().get());
-}
-
-TEST_F(PracticeCoordinatorTest, Load_OfAStateNotYetOnboarded_EmitsNoSnapshot)
-{
-    coordinator().load();
-    EXPECT_TRUE(m_snapshots.empty());
-    EXPECT_EQ(m_reminders->scheduled.size(), 1U);
 }
 
 TEST_F(PracticeCoordinatorTest, FailedLoad_ShowsTheLocalizedErrorAndBlocksEveryChangeUntilALoadSucceeds)
@@ -206,6 +200,13 @@ TEST_F(PracticeCoordinatorTest, Select_FollowsTheOnboardingFlow)
     EXPECT_EQ(m_reminders->scheduled.size(), 1U) << "an empty choice changes nothing";
     EXPECT_EQ(m_panelOpened, 0);
 
+    coordinator().setPage("selection");
+    coordinator().select({"phone", "not-a-topic"});
+    EXPECT_EQ(coordinator().page().get(), "selection") << "a choice that cannot be saved stays on its page";
+    EXPECT_EQ(coordinator().errorText().get(), "saveError in fr");
+    EXPECT_TRUE(coordinator().state().get().selected.empty());
+    m_panelOpened = 0;
+
     coordinator().select({"phone", "craving"});
     EXPECT_EQ(coordinator().state().get().selected, (PracticeState::StringSet{"craving", "phone"}));
     EXPECT_EQ(coordinator().page().get(), "loginIntro");
@@ -227,17 +228,7 @@ TEST_F(PracticeCoordinatorTest, Select_FollowsTheOnboardingFlow)
     EXPECT_EQ(m_panelOpened, 2);
 }
 
-TEST_F(PracticeCoordinatorTest, FailedSelect_StaysOnThePage)
-{
-    coordinator().load();
-    coordinator().setPage("selection");
-    coordinator().select({"phone", "not-a-topic"});
-    EXPECT_EQ(coordinator().page().get(), "selection");
-    EXPECT_EQ(coordinator().errorText().get(), "saveError in fr");
-    EXPECT_TRUE(coordinator().state().get().selected.empty());
-}
-
-TEST_F(PracticeCoordinatorTest, SetReminder_AsksForPermissionAndSwitchesOnlyWhenGranted)
+TEST_F(PracticeCoordinatorTest, SetReminder_SwitchesOnOnlyWhenGrantedAndReportsARefusal)
 {
     loadOnboarded();
 
@@ -250,19 +241,14 @@ TEST_F(PracticeCoordinatorTest, SetReminder_AsksForPermissionAndSwitchesOnlyWhen
     coordinator().setReminder(false);
     EXPECT_FALSE(coordinator().state().get().reminderEnabled);
     EXPECT_TRUE(m_reminders->pendingRequests.empty()) << "switching off needs no permission";
-}
 
-TEST_F(PracticeCoordinatorTest, SetReminder_RefusedReportsDenialAndClearsOnlyThePermissionText)
-{
-    loadOnboarded();
-
+    // A refusal clears the permission text, and only that text.
     coordinator().setErrorText("permissionDenied in fr");
     coordinator().setReminder(true);
     m_reminders->answerRequest(false);
     EXPECT_TRUE(coordinator().reminderPermissionDenied().get());
     EXPECT_FALSE(coordinator().state().get().reminderEnabled);
     EXPECT_FALSE(coordinator().errorText().get());
-
     coordinator().setErrorText("saveError in fr");
     coordinator().setReminder(true);
     m_reminders->answerRequest(false);

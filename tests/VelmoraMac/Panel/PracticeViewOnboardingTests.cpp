@@ -143,21 +143,6 @@ TEST_F(PracticeViewOnboardingTest, WorkingSelection_SurvivesBackCancelAndCloseAn
     EXPECT_EQ(view().selected(), (PracticeState::StringSet{"phone"}));
 }
 
-TEST_F(PracticeViewOnboardingTest, LastStep_OnceOnboarded_ReadsSaveAndGoesStraightToThePond)
-{
-    start(onboardedState({"phone"}));
-    view().openTopics();
-    for (int step = 0; step < 4; ++step)
-        view().advance();
-    view().toggleTopic("craving");
-    const PanelBody body = view().body();
-    EXPECT_EQ(body.footer->primary.label->text, text("save"));
-    tap(body.footer->primary.action);
-
-    EXPECT_EQ(savedState().selected, (PracticeState::StringSet{"craving", "phone"}));
-    EXPECT_EQ(m_pondEntered, 1);
-}
-
 TEST_F(PracticeViewOnboardingTest, GroupWithoutTopics_ShowsAnEmptyListAndStillAdvances)
 {
     nlohmann::json content = test::shippedContentDocument();

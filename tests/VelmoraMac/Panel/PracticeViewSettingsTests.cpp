@@ -60,17 +60,6 @@ TEST_F(PracticeViewSettingsTest, LanguagePage_ListsSystemAndEveryLanguageAndClos
     EXPECT_EQ(page(), "settings");
 }
 
-TEST_F(PracticeViewSettingsTest, SoundSwitches_SaveAtOnceAndShowTheirState)
-{
-    start(onboardedState());
-    tap(settings().sounds.water.toggle);
-    EXPECT_FALSE(savedState().waterSoundEnabled);
-    EXPECT_TRUE(savedState().bellSoundEnabled);
-    EXPECT_EQ(settings().sounds.water.stateWord.text, text("stateOff"));
-    tap(settings().sounds.bell.toggle);
-    EXPECT_FALSE(savedState().bellSoundEnabled);
-}
-
 TEST_F(PracticeViewSettingsTest, ReminderSwitch_WithPermissionDenied_WarnsAndOffersTheSettings)
 {
     start(onboardedState());
@@ -183,20 +172,6 @@ TEST_F(PracticeViewSettingsTest, LoginBlock_ShowsApprovalAndErrorsAndOpensTheLog
     EXPECT_FALSE(settings().login.openSettings);
 }
 
-TEST_F(PracticeViewSettingsTest, GuideAndPrivacy_OpenTheGuideAndThePrivacyPage)
-{
-    start(onboardedState());
-    tap(settings().topics.guide.action);
-    ASSERT_EQ(page(), "guide");
-    tap(shownPage<ExplanationPage>(view().body()).understood.action);
-    EXPECT_EQ(page(), "settings");
-    EXPECT_EQ(m_pondEntered, 0) << "the guide is not the hint: no pond";
-
-    tap(settings().privacy.link.open);
-    ASSERT_EQ(m_urlOpener->opened().size(), 1U);
-    EXPECT_TRUE(m_urlOpener->opened()[0].ends_with("/privacy/"));
-}
-
 TEST_F(PracticeViewSettingsTest, FailedLoad_ShowsOnlyTheErrorPageUntilARetrySucceeds)
 {
     saveBeforeStart(onboardedState());
@@ -216,16 +191,6 @@ TEST_F(PracticeViewSettingsTest, FailedLoad_ShowsOnlyTheErrorPageUntilARetrySucc
     test::writeFileBytes(url(), good);
     tap(failed.retry.action);
     EXPECT_NO_THROW((void)shownPage<SettingsPage>(view().body()));
-}
-
-TEST_F(PracticeViewSettingsTest, Close_AsksTheHostForThePondWhenItListens)
-{
-    start(onboardedState());
-    tap(view().body().header.close.action);
-    EXPECT_EQ(m_pondEntered, 1);
-    model().setOnEnterPond(nullptr);
-    tap(view().body().header.close.action);
-    EXPECT_EQ(page(), "settings");
 }
 
 TEST_F(PracticeViewSettingsTest, Redraw_IsAskedForOnEveryPublishedChangeAndEveryChangeOfTheViewsOwn)
