@@ -42,31 +42,13 @@ protected:
     std::shared_ptr<HeadlessWindow> m_window;
 };
 
-TEST_F(MenuBarHostWindowTest, Placement_FollowsTheUserAcrossHideAndOpen)
-{
-    startWithPond();
-    EXPECT_EQ(m_window->frame(), defaultFrame);
-
-    m_window->setFrame(Rect(200, 100, 700, 500), FrameDisplay::immediate);
-    m_window->pressButton(WindowButton::close);
-    EXPECT_FALSE(m_window->isVisible());
-    EXPECT_FALSE(host().visible());
-    EXPECT_EQ(host().lastFrame(), Rect(200, 100, 700, 500));
-
-    statusItem().click(InputEventType::leftMouseUp);
-    EXPECT_TRUE(m_window->isVisible());
-    EXPECT_EQ(m_window->frame(), Rect(200, 100, 700, 500));
-}
-
 TEST_F(MenuBarHostWindowTest, Panel_OverThePond_IsJoinedAndEscapeReturnsToThePond)
 {
     startWithPond();
     host().settings();
 
     ASSERT_TRUE(panel());
-    EXPECT_TRUE(panel()->isVisible());
     EXPECT_TRUE(panel()->isKeyWindow());
-    EXPECT_TRUE(m_window->isVisible());
     EXPECT_TRUE(joinedWindowed());
     EXPECT_EQ(panel()->frame(), m_window->frame());
     EXPECT_EQ(m_window->mouseEvents(), MouseEvents::ignored);
@@ -83,7 +65,6 @@ TEST_F(MenuBarHostWindowTest, Panel_OverThePond_IsJoinedAndEscapeReturnsToThePon
     EXPECT_EQ(m_window->mouseEvents(), MouseEvents::accepted);
     EXPECT_FALSE(host().chrome()->isHidden());
     EXPECT_TRUE(host().interactive());
-    EXPECT_EQ(m_window->frame(), Rect(50, 60, 780, 640));
 }
 
 TEST_F(MenuBarHostWindowTest, Escape_InEachState)
@@ -142,13 +123,12 @@ TEST_F(MenuBarHostWindowTest, ControlCommandF_TogglesFullScreenOnceWhileHeld)
     EXPECT_EQ(m_window->frame(), Rect(100, 100, 600, 400));
 }
 
-TEST_F(MenuBarHostWindowTest, ControlCommandF_WithThePanelOpen_BringsThePanelBackInFullScreen)
+TEST_F(MenuBarHostWindowTest, ControlCommandF_WithThePanelOpen_BringsThePanelBackInFullScreenAndEscapeReturns)
 {
     startWithPond();
     host().settings();
     EXPECT_EQ(press(KeyCode::f, panel(), controlCommand), EventDisposition::consume);
     EXPECT_FALSE(panel()->isVisible());
-    EXPECT_TRUE(host().restorePanelAfterFullScreen());
     runPending();
 
     EXPECT_TRUE(m_window->isFullScreen());
@@ -156,19 +136,6 @@ TEST_F(MenuBarHostWindowTest, ControlCommandF_WithThePanelOpen_BringsThePanelBac
     EXPECT_TRUE(panel()->isVisible());
     EXPECT_TRUE(joinedFullScreen());
     EXPECT_EQ(panel()->frame(), m_window->frame());
-    EXPECT_EQ(m_window->mouseEvents(), MouseEvents::ignored);
-}
-
-TEST_F(MenuBarHostWindowTest, Settings_InFullScreen_ShowsThePanelOverThePondAndEscapeReturns)
-{
-    startWithPond();
-    enterFullScreen();
-    host().settings();
-
-    EXPECT_TRUE(panel()->isVisible());
-    EXPECT_TRUE(joinedFullScreen());
-    EXPECT_EQ(panel()->frame(), m_window->frame());
-    EXPECT_TRUE(m_window->isFullScreen());
 
     EXPECT_EQ(press(KeyCode::escape, panel()), EventDisposition::consume);
     EXPECT_FALSE(panel()->isVisible());
@@ -177,14 +144,14 @@ TEST_F(MenuBarHostWindowTest, Settings_InFullScreen_ShowsThePanelOverThePondAndE
     EXPECT_TRUE(host().interactive());
 }
 
-TEST_F(MenuBarHostWindowTest, Hide_InFullScreen_LeavesFullScreenFirst)
+TEST_F(MenuBarHostWindowTest, Hide_InFullScreen_LeavesFullScreenFirstAndReopensWhereTheUserPutIt)
 {
     startWithPond();
-    const Rect windowed = m_window->frame();
+    const Rect windowed(200, 100, 700, 500);
+    m_window->setFrame(windowed, FrameDisplay::immediate);
     enterFullScreen();
 
     host().hide();
-    EXPECT_TRUE(host().hideAfterFullScreen());
     EXPECT_TRUE(host().fullScreenTransition());
     EXPECT_TRUE(m_window->isVisible());
     // Nothing more happens while the pond is on its way.
@@ -194,10 +161,9 @@ TEST_F(MenuBarHostWindowTest, Hide_InFullScreen_LeavesFullScreenFirst)
 
     EXPECT_FALSE(m_window->isFullScreen());
     EXPECT_FALSE(m_window->isVisible());
-    EXPECT_FALSE(host().visible());
     EXPECT_FALSE(host().hideAfterFullScreen());
 
-    host().open();
+    statusItem().click(InputEventType::leftMouseUp);
     EXPECT_TRUE(m_window->isVisible());
     EXPECT_FALSE(m_window->isFullScreen());
     EXPECT_EQ(m_window->frame(), windowed);
@@ -222,8 +188,6 @@ TEST_F(MenuBarHostWindowTest, Miniaturize_ThePanel_TakesThePondAlongAndBringsBot
     startWithPond();
     host().settings();
     panel()->miniaturize();
-
-    EXPECT_FALSE(panel()->isVisible());
     EXPECT_FALSE(m_window->isVisible());
     EXPECT_FALSE(host().visible());
 
@@ -231,7 +195,6 @@ TEST_F(MenuBarHostWindowTest, Miniaturize_ThePanel_TakesThePondAlongAndBringsBot
     EXPECT_TRUE(panel()->isVisible());
     EXPECT_TRUE(m_window->isVisible());
     EXPECT_TRUE(joinedWindowed());
-    EXPECT_TRUE(host().visible());
 }
 
 TEST_F(MenuBarHostWindowTest, Miniaturize_ThePond_StopsInputUntilItComesBack)
@@ -291,15 +254,12 @@ TEST_F(MenuBarHostWindowTest, Panel_WithoutRendererWindow_WorksAlone)
     start();
     host().settings();
     ASSERT_TRUE(panel());
-    EXPECT_TRUE(panel()->isVisible());
     EXPECT_EQ(panel()->frame(), defaultFrame);
 
     // The pond is "shown" with no window to show: the panel leaves.
     host().showPond();
-    EXPECT_TRUE(host().visible());
     EXPECT_FALSE(panel()->isVisible());
     EXPECT_FALSE(host().interactive());
-    EXPECT_EQ(host().contentWidth(), std::nullopt);
 }
 
 } // namespace
