@@ -15,122 +15,82 @@ namespace {
 using Variables = ProcessSystemEnvironment::Variables;
 using Languages = std::vector<std::string>;
 
-struct LanguageCase {
-    const char* name;
-    Variables variables;
-    Languages expected;
-};
-
-class ProcessSystemEnvironmentLanguages : public testing::TestWithParam<LanguageCase> { };
-
-TEST_P(ProcessSystemEnvironmentLanguages, FollowGettextsRules)
+TEST(ProcessSystemEnvironment, Languages_FollowGettextsRules)
 {
-    EXPECT_EQ(ProcessSystemEnvironment::languagesFrom(GetParam().variables), GetParam().expected);
-}
-
-std::vector<LanguageCase> languageCases()
-{
-    return {
-        {"NothingSet", {}, {}},
-        {"LangAlone", {{"LANG", "fr_CA.UTF-8"}}, {"fr_CA"}},
-        {"LangC", {{"LANG", "C"}}, {}},
-        {"LangCWithEncoding", {{"LANG", "C.UTF-8"}}, {}},
-        {"LcMessagesBeforeLang", {{"LC_MESSAGES", "es_MX.UTF-8"}, {"LANG", "de_DE.UTF-8"}}, {"es_MX"}},
-        {"LcAllBeforeLcMessages", {{"LC_ALL", "hi_IN"}, {"LC_MESSAGES", "es_MX"}, {"LANG", "de_DE"}}, {"hi_IN"}},
-        {"EmptyLcAllCountsAsUnset", {{"LC_ALL", ""}, {"LANG", "ru_RU.UTF-8"}}, {"ru_RU"}},
-        {"CInLcAllHidesLang", {{"LC_ALL", "C"}, {"LANG", "ru_RU.UTF-8"}}, {}},
-        {"LanguageListInOrder", {{"LANGUAGE", "pt_BR:fr:de"}, {"LANG", "en_US.UTF-8"}}, {"pt_BR", "fr", "de"}},
-        {"LanguageEntriesStripped", {{"LANGUAGE", "ru_RU.KOI8-R:fr_FR@euro"}, {"LANG", "en_US"}}, {"ru_RU", "fr_FR"}},
-        {"LanguageEmptyEntriesSkipped", {{"LANGUAGE", ":fr::de:"}, {"LANG", "en_US"}}, {"fr", "de"}},
-        {"LanguageCEntriesSkipped", {{"LANGUAGE", "C:fr:POSIX"}, {"LANG", "en_US"}}, {"fr"}},
-        {"LanguageWithNothingUsableFallsBackToTheLocale", {{"LANGUAGE", "::C"}, {"LANG", "es_ES.UTF-8"}}, {"es_ES"}},
-        {"LanguageIgnoredInTheCLocale", {{"LANGUAGE", "fr:de"}, {"LANG", "C.UTF-8"}}, {}},
-        {"OtherVariablesIgnored", {{"LC_CTYPE", "fr_FR.UTF-8"}, {"LC_TIME", "de_DE"}}, {}},
+    struct LanguageCase {
+        const char* name = nullptr;
+        Variables variables;
+        Languages expected;
     };
-}
-
-INSTANTIATE_TEST_SUITE_P(Table, ProcessSystemEnvironmentLanguages, testing::ValuesIn(languageCases()),
-    [](const testing::TestParamInfo<LanguageCase>& param) { return std::string(param.param.name); });
-
-struct ZoneCase {
-    const char* name;
-    std::optional<std::string> tz;
-    std::optional<std::string> expected;
-};
-
-class ProcessSystemEnvironmentZone : public testing::TestWithParam<ZoneCase> { };
-
-TEST_P(ProcessSystemEnvironmentZone, IsTheDatabaseZoneThatTzNames)
-{
-    Variables variables;
-    if (GetParam().tz)
-        variables.emplace("TZ", *GetParam().tz);
-    EXPECT_EQ(ProcessSystemEnvironment::timeZoneFrom(variables), GetParam().expected);
-}
-
-std::vector<ZoneCase> zoneCases()
-{
-    return {
-        {"Unset", std::nullopt, std::nullopt},
-        {"Empty", "", std::nullopt},
-        {"AreaAndCity", "Europe/Berlin", "Europe/Berlin"},
-        {"GlibcColon", ":America/Sao_Paulo", "America/Sao_Paulo"},
-        {"ZoneinfoPath", "/usr/share/zoneinfo/Asia/Kolkata", "Asia/Kolkata"},
-        {"PosixVariantPath", "/usr/share/zoneinfo/posix/Australia/Lord_Howe", "Australia/Lord_Howe"},
-        {"PathOutsideZoneinfo", "/etc/localtime", std::nullopt},
-        {"PosixRule", "CET-1CEST,M3.5.0,M10.5.0/3", std::nullopt},
-        {"CustomOffsetOfOppositeSign", "GMT+2", std::nullopt},
-        {"Unknown", "Mars/Olympus_Mons", std::nullopt},
+    const LanguageCase cases[] = {
+        {"nothing set", {}, {}},
+        {"LANG alone", {{"LANG", "fr_CA.UTF-8"}}, {"fr_CA"}},
+        {"LANG C with an encoding", {{"LANG", "C.UTF-8"}}, {}},
+        {"LC_MESSAGES before LANG", {{"LC_MESSAGES", "es_MX.UTF-8"}, {"LANG", "de_DE.UTF-8"}}, {"es_MX"}},
+        {"LC_ALL before LC_MESSAGES", {{"LC_ALL", "hi_IN"}, {"LC_MESSAGES", "es_MX"}, {"LANG", "de_DE"}}, {"hi_IN"}},
+        {"empty LC_ALL counts as unset", {{"LC_ALL", ""}, {"LANG", "ru_RU.UTF-8"}}, {"ru_RU"}},
+        {"C in LC_ALL hides LANG", {{"LC_ALL", "C"}, {"LANG", "ru_RU.UTF-8"}}, {}},
+        {"LANGUAGE stripped, empty and C entries skipped", {{"LANGUAGE", ":ru_RU.KOI8-R::C:fr_FR@euro:POSIX:de"}, {"LANG", "en_US"}}, {"ru_RU", "fr_FR", "de"}},
+        {"LANGUAGE with nothing usable falls back to the locale", {{"LANGUAGE", "::C"}, {"LANG", "es_ES.UTF-8"}}, {"es_ES"}},
+        {"LANGUAGE ignored in the C locale", {{"LANGUAGE", "fr:de"}, {"LANG", "C.UTF-8"}}, {}},
+        {"other categories ignored", {{"LC_CTYPE", "fr_FR.UTF-8"}, {"LC_TIME", "de_DE"}}, {}},
     };
-}
-
-INSTANTIATE_TEST_SUITE_P(Table, ProcessSystemEnvironmentZone, testing::ValuesIn(zoneCases()),
-    [](const testing::TestParamInfo<ZoneCase>& param) { return std::string(param.param.name); });
-
-// An environment a test can change under a live ProcessSystemEnvironment.
-class ProcessSystemEnvironmentTest : public testing::Test {
-protected:
-    ProcessSystemEnvironment environment()
-    {
-        return ProcessSystemEnvironment([this] { return m_variables; });
+    for (const LanguageCase& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(ProcessSystemEnvironment::languagesFrom(c.variables), c.expected);
     }
+}
 
-    Variables m_variables;
-};
-
-TEST_F(ProcessSystemEnvironmentTest, Calendar_FollowsTzButOnlyOnceToldOfAChange)
+TEST(ProcessSystemEnvironment, TimeZone_IsTheDatabaseZoneThatTzNames)
 {
-    m_variables = {{"TZ", "Asia/Tokyo"}};
-    ProcessSystemEnvironment system = environment();
-    EXPECT_EQ(system.currentCalendar().timeZoneIdentifier(), "Asia/Tokyo");
+    struct ZoneCase {
+        std::optional<std::string> tz;
+        std::optional<std::string> expected;
+    };
+    const ZoneCase cases[] = {
+        {std::nullopt, std::nullopt},
+        {"", std::nullopt},
+        {"Europe/Berlin", "Europe/Berlin"},
+        {":America/Sao_Paulo", "America/Sao_Paulo"},
+        {"/usr/share/zoneinfo/Asia/Kolkata", "Asia/Kolkata"},
+        {"/usr/share/zoneinfo/posix/Australia/Lord_Howe", "Australia/Lord_Howe"},
+        {"/etc/localtime", std::nullopt},
+        {"CET-1CEST,M3.5.0,M10.5.0/3", std::nullopt},
+        // POSIX offsets have the opposite sign to the database's Etc/GMT+2.
+        {"GMT+2", std::nullopt},
+        {"Mars/Olympus_Mons", std::nullopt},
+    };
+    for (const ZoneCase& c : cases) {
+        SCOPED_TRACE(c.tz.value_or("(unset)"));
+        Variables variables;
+        if (c.tz)
+            variables.emplace("TZ", *c.tz);
+        EXPECT_EQ(ProcessSystemEnvironment::timeZoneFrom(variables), c.expected);
+    }
+}
 
-    m_variables = {{"TZ", ":Europe/Berlin"}};
+TEST(ProcessSystemEnvironment, CalendarFollowsTzOnlyOnceToldOfAChange_AndLanguagesAreReadOnEveryCall)
+{
+    Variables variables = {{"TZ", "Asia/Tokyo"}, {"LANG", "fr_FR.UTF-8"}};
+    ProcessSystemEnvironment system([&variables] { return variables; });
     EXPECT_EQ(system.currentCalendar().timeZoneIdentifier(), "Asia/Tokyo");
+    EXPECT_EQ(system.preferredLanguages(), Languages{"fr_FR"});
+
+    variables = {{"TZ", ":Europe/Berlin"}, {"LANG", "hi_IN.UTF-8"}, {"LANGUAGE", "pi:hi"}};
+    EXPECT_EQ(system.currentCalendar().timeZoneIdentifier(), "Asia/Tokyo");
+    EXPECT_EQ(system.preferredLanguages(), (Languages{"pi", "hi"}));
     system.timeZoneDidChange();
     EXPECT_EQ(system.currentCalendar().timeZoneIdentifier(), "Europe/Berlin");
-}
 
-TEST_F(ProcessSystemEnvironmentTest, Calendar_FallsBackToTheHostsZoneWhenTzIsNotUnderstood)
-{
+    // A zone TZ does not name falls back to the host's.
     std::unique_ptr<icu::TimeZone> host(icu::TimeZone::detectHostTimeZone());
     icu::UnicodeString hostIdentifier;
     host->getID(hostIdentifier);
     std::string expected;
     hostIdentifier.toUTF8String(expected);
-    if (expected == "Etc/Unknown")
-        expected = "UTC";
-
-    m_variables = {{"TZ", "CET-1CEST,M3.5.0,M10.5.0/3"}};
-    EXPECT_EQ(environment().currentCalendar().timeZoneIdentifier(), expected);
-}
-
-TEST_F(ProcessSystemEnvironmentTest, PreferredLanguages_AreReadAnewOnEveryCall)
-{
-    m_variables = {{"LANG", "fr_FR.UTF-8"}};
-    const ProcessSystemEnvironment system = environment();
-    EXPECT_EQ(system.preferredLanguages(), Languages{"fr_FR"});
-    m_variables = {{"LANG", "hi_IN.UTF-8"}, {"LANGUAGE", "pi:hi"}};
-    EXPECT_EQ(system.preferredLanguages(), (Languages{"pi", "hi"}));
+    variables = {{"TZ", "CET-1CEST,M3.5.0,M10.5.0/3"}};
+    system.timeZoneDidChange();
+    EXPECT_EQ(system.currentCalendar().timeZoneIdentifier(), expected == "Etc/Unknown" ? "UTC" : expected);
 }
 
 } // namespace
