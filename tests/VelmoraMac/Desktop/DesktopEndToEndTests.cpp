@@ -34,6 +34,7 @@ namespace {
 namespace fs = std::filesystem;
 using Bus = DesktopSession::Bus;
 using json = nlohmann::json;
+using namespace std::chrono_literals;
 
 constexpr const char* topic = "smoking";
 constexpr int seededMoments = 12;
@@ -121,25 +122,11 @@ protected:
         m_library.start();
     }
 
-    // Iterates GTK's loop until `done` holds; false after `seconds`.
-    static bool runUntil(const std::function<bool()>& done, double seconds = 20)
-    {
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
-        while (!done()) {
-            if (std::chrono::steady_clock::now() > deadline)
-                return false;
-            while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
-            }
-            g_usleep(5000);
-        }
-        return true;
-    }
-
     // Lets start-up finish: the open request of the launch comes from the
     // main loop, after the pond may already be on screen.
     static void settle()
     {
-        runUntil([] { return false; }, 1.5);
+        (void)iterateUntil([] { return false; }, 1500ms);
     }
 
     // A click of the left button where the X server puts it, as the user's.
@@ -249,7 +236,7 @@ protected:
     {
         g_object_add_weak_pointer(G_OBJECT(widget), reinterpret_cast<gpointer*>(&widget)); // NOLINT(cppcoreguidelines-pro-type-reinterpret-cast): GLib's weak pointer
         clickWidget(widget);
-        const bool changed = !HasFatalFailure() && runUntil([&] { return widget == nullptr || (pondVisible() && panelWindow() == nullptr); });
+        const bool changed = !HasFatalFailure() && iterateUntil([&] { return widget == nullptr || (pondVisible() && panelWindow() == nullptr); });
         // Never left behind: the pointer lives on this stack.
         if (widget != nullptr)
             g_object_remove_weak_pointer(G_OBJECT(widget), reinterpret_cast<gpointer*>(&widget)); // NOLINT(cppcoreguidelines-pro-type-reinterpret-cast): as above
@@ -278,10 +265,10 @@ protected:
     void hideThroughTheItem()
     {
         std::optional<std::string> item;
-        ASSERT_TRUE(runUntil([&] { return (item = registeredItem()).has_value() && pondVisible(); }));
+        ASSERT_TRUE(iterateUntil([&] { return (item = registeredItem()).has_value() && pondVisible(); }));
         m_item = *item;
         callItem("Activate");
-        ASSERT_TRUE(runUntil([&] { return !pondVisible(); }));
+        ASSERT_TRUE(iterateUntil([&] { return !pondVisible(); }));
     }
 
     // Runs the disabled test `name` of this very program in a process of its
@@ -298,8 +285,8 @@ protected:
         bool ended = false;
         g_subprocess_wait_async(
             process, nullptr, [](GObject*, GAsyncResult*, gpointer done) { *static_cast<bool*>(done) = true; }, &ended);
-        EXPECT_TRUE(runUntil(meanwhile, 30));
-        EXPECT_TRUE(runUntil([&] { return ended; }, 60));
+        EXPECT_TRUE(iterateUntil(meanwhile, 30s));
+        EXPECT_TRUE(iterateUntil([&] { return ended; }, 60s));
         EXPECT_TRUE(ended && g_subprocess_get_if_exited(process) != FALSE && g_subprocess_get_exit_status(process) == EXIT_SUCCESS) << name;
         g_object_unref(process);
     }
@@ -348,9 +335,9 @@ TEST_F(DesktopEndToEnd, ClickOnALotus_ReachesTheStateFile)
 {
     seedOnboardedUser(dataHome());
     start();
-    ASSERT_TRUE(runUntil([&] { return pondVisible() && gtk_widget_get_mapped(m_area); }));
+    ASSERT_TRUE(iterateUntil([&] { return pondVisible() && gtk_widget_get_mapped(m_area); }));
     clickWidget(m_area);
-    EXPECT_TRUE(runUntil([&] { return stateFile()["lotuses"][topic]["moments"] == seededMoments + 1; }));
+    EXPECT_TRUE(iterateUntil([&] { return stateFile()["lotuses"][topic]["moments"] == seededMoments + 1; }));
     screenshot(m_window, "pond-after-click");
 }
 
@@ -360,18 +347,18 @@ TEST_F(DesktopEndToEnd, StatusItem_RegistersAndItsClicksToggleThePond)
     start();
     hideThroughTheItem();
     callItem("Activate");
-    EXPECT_TRUE(runUntil([&] { return pondVisible(); }));
+    EXPECT_TRUE(iterateUntil([&] { return pondVisible(); }));
 }
 
 TEST_F(DesktopEndToEnd, Sleep_HidesEverything)
 {
     seedOnboardedUser(dataHome());
     start();
-    ASSERT_TRUE(runUntil([&] { return pondVisible(); }));
+    ASSERT_TRUE(iterateUntil([&] { return pondVisible(); }));
     settle();
     m_session->emit(Bus::system, "org.freedesktop.login1", "/org/freedesktop/login1", "org.freedesktop.login1.Manager", "PrepareForSleep", "b",
         g_variant_new_parsed("[<true>]"));
-    EXPECT_TRUE(runUntil([&] { return !pondVisible(); }));
+    EXPECT_TRUE(iterateUntil([&] { return !pondVisible(); }));
     EXPECT_FALSE(gtk_widget_get_mapped(m_window));
 }
 
@@ -379,7 +366,7 @@ TEST_F(DesktopEndToEnd, TimeZoneChange_RefreshesThePractice)
 {
     seedOnboardedUser(dataHome());
     start();
-    ASSERT_TRUE(runUntil([&] { return pondVisible(); }));
+    ASSERT_TRUE(iterateUntil([&] { return pondVisible(); }));
     settle();
     takeSnapshots();
     // The machine's zone changes (timedated would rewrite /etc/localtime;
@@ -387,7 +374,7 @@ TEST_F(DesktopEndToEnd, TimeZoneChange_RefreshesThePractice)
     g_setenv("TZ", "Asia/Tokyo", TRUE);
     m_session->call(Bus::system, "org.freedesktop.timedate1", "/org/freedesktop/timedate1", "org.freedesktop.timedate1", "SetTimezone",
         g_variant_new("(sb)", "Asia/Tokyo", FALSE));
-    EXPECT_TRUE(runUntil([&] { return takeSnapshots() > 0; }));
+    EXPECT_TRUE(iterateUntil([&] { return takeSnapshots() > 0; }));
 }
 
 TEST_F(DesktopEndToEnd, Reminder_IsPostedAtItsMinuteAndItsClickOpensThePond)
@@ -399,11 +386,11 @@ TEST_F(DesktopEndToEnd, Reminder_IsPostedAtItsMinuteAndItsClickOpensThePond)
     seedOnboardedUser(dataHome(), true, local.tm_hour, local.tm_min);
     start();
     hideThroughTheItem();
-    ASSERT_TRUE(runUntil([&] { return !m_session->mockCalls(Bus::session, "org.freedesktop.Notifications", "/org/freedesktop/Notifications", "Notify").empty(); }, 90));
+    ASSERT_TRUE(iterateUntil([&] { return !m_session->mockCalls(Bus::session, "org.freedesktop.Notifications", "/org/freedesktop/Notifications", "Notify").empty(); }, 90s));
     // The daemon numbers its notifications from 1.
     m_session->emit(Bus::session, "org.freedesktop.Notifications", "/org/freedesktop/Notifications", "org.freedesktop.Notifications", "ActionInvoked", "us",
         g_variant_new_parsed("[<@u 1>, <'default'>]"));
-    EXPECT_TRUE(runUntil([&] { return pondVisible(); }));
+    EXPECT_TRUE(iterateUntil([&] { return pondVisible(); }));
 }
 
 TEST_F(DesktopEndToEnd, SecondLaunch_BringsTheFirstForward)
@@ -417,7 +404,7 @@ TEST_F(DesktopEndToEnd, SecondLaunch_BringsTheFirstForward)
 TEST_F(DesktopEndToEnd, Onboarding_ClickedThroughThePanel_EndsInAPondWithLotuses)
 {
     start();
-    ASSERT_TRUE(runUntil([&] { return panelWindow() != nullptr; }));
+    ASSERT_TRUE(iterateUntil([&] { return panelWindow() != nullptr; }));
     settle();
     screenshot(panelWindow(), "welcome");
 
@@ -450,7 +437,7 @@ TEST_F(DesktopEndToEnd, Onboarding_ClickedThroughThePanel_EndsInAPondWithLotuses
         ASSERT_FALSE(primary.empty()) << "no way on from page " << page;
         ASSERT_NO_FATAL_FAILURE(clickAndWait(primary.back()));
     }
-    ASSERT_TRUE(runUntil([&] { return pondVisible(); }));
+    ASSERT_TRUE(iterateUntil([&] { return pondVisible(); }));
     const json state = stateFile();
     EXPECT_EQ(state["onboarded"], true);
     ASSERT_FALSE(chosen.empty());
@@ -484,9 +471,7 @@ TEST(DesktopLoginLaunch, DISABLED_PondStaysHidden)
     gtk_widget_show_all(window);
     Library library;
     library.start();
-    const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(1500);
-    while (std::chrono::steady_clock::now() < until)
-        g_main_context_iteration(nullptr, FALSE);
+    (void)iterateUntil([] { return false; }, 1500ms);
     EXPECT_EQ(library.isPondVisible(), 0);
     EXPECT_FALSE(gtk_widget_get_mapped(window));
     // The library keeps the process's bus connections; ending here spares

@@ -1,5 +1,4 @@
 #include <atomic>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
@@ -12,6 +11,7 @@
 #include <gtest/gtest.h>
 #include <gtk/gtk.h>
 
+#include "DesktopSession.h"
 #include "VelmoraMac/Platform/Desktop/DesktopApplication.h"
 #include "VelmoraMac/Platform/Desktop/DesktopEventMonitors.h"
 #include "VelmoraMac/Platform/Desktop/SingleInstance.h"
@@ -20,17 +20,7 @@
 namespace velmora {
 namespace {
 
-// Iterates the default context until `done` holds or ten seconds pass.
-bool iterateUntil(const std::function<bool()>& done)
-{
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (!done()) {
-        if (std::chrono::steady_clock::now() > deadline)
-            return false;
-        g_main_context_iteration(nullptr, FALSE);
-    }
-    return true;
-}
+using test::iterateUntil;
 
 // Another start of the program, on a thread that plays its process; this
 // thread's loop answers it as the first instance.

@@ -1,4 +1,3 @@
-#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
@@ -7,11 +6,14 @@
 #include <gtest/gtest.h>
 #include <gtk/gtk.h>
 
+#include "DesktopSession.h"
 #include "VelmoraMac/Platform/Desktop/DesktopEventMonitors.h"
 #include "VelmoraMac/Platform/Desktop/GdkEventTranslator.h"
 
 namespace velmora {
 namespace {
+
+using test::iterateUntil;
 
 struct EventDeleter {
     void operator()(GdkEvent* event) const { gdk_event_free(event); }
@@ -27,18 +29,6 @@ Event keyPress(GdkWindow* window, std::uint16_t hardwareKeycode)
     event->key.keyval = GDK_KEY_a;
     gdk_event_set_device(event.get(), gdk_seat_get_keyboard(gdk_display_get_default_seat(gdk_display_get_default())));
     return event;
-}
-
-// Iterates the default context until `done` holds or ten seconds pass.
-bool iterateUntil(const std::function<bool()>& done)
-{
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (!done()) {
-        if (std::chrono::steady_clock::now() > deadline)
-            return false;
-        g_main_context_iteration(nullptr, FALSE);
-    }
-    return true;
 }
 
 Window* const pond = reinterpret_cast<Window*>(0x1000); // NOLINT(performance-no-int-to-ptr): compared, never used

@@ -31,6 +31,18 @@ void killNow(GSubprocess* process)
 
 } // namespace
 
+bool iterateUntil(const std::function<bool()>& done, std::chrono::milliseconds patience, GMainContext* context)
+{
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    while (!done()) {
+        if (std::chrono::steady_clock::now() > deadline)
+            return false;
+        if (g_main_context_iteration(context, FALSE) == FALSE)
+            g_usleep(1000);
+    }
+    return true;
+}
+
 DesktopSession::DesktopSession()
     : m_sessionBus(g_test_dbus_new(G_TEST_DBUS_NONE))
 {

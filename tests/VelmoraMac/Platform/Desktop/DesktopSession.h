@@ -1,6 +1,8 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -9,6 +11,12 @@
 #include "VelmoraMac/Platform/GLibPointer.h"
 
 namespace velmora::test {
+
+// Iterates `context` (GLib's default one, GTK's, unless told) without
+// blocking until `done` holds, resting a millisecond whenever nothing is
+// pending; false once `patience` has passed first. A predicate that never
+// holds makes it run the loop for `patience`.
+bool iterateUntil(const std::function<bool()>& done, std::chrono::milliseconds patience = std::chrono::seconds(20), GMainContext* context = nullptr);
 
 // A desktop session of the test process's own: a private session bus
 // (GTestDBus, which also points DBUS_SESSION_BUS_ADDRESS at it), a private

@@ -1,5 +1,4 @@
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -32,22 +31,7 @@ namespace {
 constexpr const char* itemInterface = "org.kde.StatusNotifierItem";
 constexpr const char* menuInterface = "com.canonical.dbusmenu";
 using Bus = test::DesktopSession::Bus;
-
-constexpr gint64 patience = gint64{10} * G_USEC_PER_SEC;
-
-// Waits until `done` holds or 10 s have passed, iterating the default
-// context when `iterate` says so.
-bool waitUntil(const std::function<bool()>& done, bool iterate = true)
-{
-    const gint64 deadline = g_get_monotonic_time() + patience;
-    while (!done()) {
-        if (g_get_monotonic_time() > deadline)
-            return false;
-        if (!iterate || g_main_context_iteration(nullptr, FALSE) == FALSE)
-            g_usleep(1000);
-    }
-    return true;
-}
+using test::iterateUntil;
 
 void drop(GVariant* reply)
 {
@@ -110,12 +94,12 @@ protected:
     {
         m_item.reset();
         // GDBus finishes giving the name back on the loop.
-        (void)waitUntil([this] { return !m_session.hasOwner(Bus::session, m_itemName); });
+        (void)iterateUntil([this] { return !m_session.hasOwner(Bus::session, m_itemName); });
         // The next test's item must get a connection to its own bus, not
         // this one: the shared connection has to be gone first.
         g_object_add_weak_pointer(G_OBJECT(m_shared), reinterpret_cast<gpointer*>(&m_shared)); // NOLINT(cppcoreguidelines-pro-type-reinterpret-cast): GLib's weak pointer
         g_object_unref(m_shared);
-        EXPECT_TRUE(waitUntil([this] { return m_shared == nullptr; }));
+        EXPECT_TRUE(iterateUntil([this] { return m_shared == nullptr; }));
     }
 
     std::shared_ptr<StatusItem> makeItem()
@@ -123,7 +107,7 @@ protected:
         DesktopStatusBar bar(m_shared);
         m_item = bar.statusItem(28);
         m_itemName = static_cast<StatusNotifierItem&>(*m_item).busName();
-        EXPECT_TRUE(waitUntil([this] { return m_session.hasOwner(Bus::session, m_itemName); }));
+        EXPECT_TRUE(iterateUntil([this] { return m_session.hasOwner(Bus::session, m_itemName); }));
         return m_item;
     }
 
@@ -142,7 +126,7 @@ protected:
     {
         Reply reply;
         g_dbus_connection_call(m_host, m_itemName.c_str(), path, interface, method, parameters, nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, &replied, &reply);
-        EXPECT_TRUE(waitUntil([&] { return reply.done; })) << method;
+        EXPECT_TRUE(iterateUntil([&] { return reply.done; })) << method;
         if (reply.error != nullptr) {
             ADD_FAILURE() << method << ": " << reply.error->message;
             g_error_free(reply.error);
@@ -164,7 +148,7 @@ protected:
         Reply reply;
         g_dbus_connection_call(m_host, m_itemName.c_str(), StatusNotifierItem::menuPath, "org.freedesktop.DBus.Introspectable", "Introspect", nullptr, G_VARIANT_TYPE("(s)"),
             G_DBUS_CALL_FLAGS_NONE, -1, nullptr, &replied, &reply);
-        if (!waitUntil([&] { return reply.done; }))
+        if (!iterateUntil([&] { return reply.done; }))
             return false;
         bool exported = false;
         if (reply.value != nullptr) {
@@ -180,7 +164,7 @@ protected:
 
     std::vector<std::string> menuLayout(std::vector<gint32>& ids)
     {
-        EXPECT_TRUE(waitUntil([&] { return menuExported(); }));
+        EXPECT_TRUE(iterateUntil([&] { return menuExported(); }));
         GVariant* layout = callItem(StatusNotifierItem::menuPath, menuInterface, "GetLayout", g_variant_new("(ii@as)", 0, -1, g_variant_new_strv(nullptr, 0)));
         if (layout == nullptr)
             return {};
@@ -207,15 +191,15 @@ TEST_F(DesktopStatusBarTest, Registration_WaitsForAWatcherAndFollowsItsRestarts)
     EXPECT_TRUE(m_itemName.starts_with("org.kde.StatusNotifierItem-" + std::to_string(getpid()) + "-")) << m_itemName;
 
     m_session.startTrayWatcher();
-    EXPECT_TRUE(waitUntil([this] { return registrations() == std::vector<std::string>{m_itemName}; }));
+    EXPECT_TRUE(iterateUntil([this] { return registrations() == std::vector<std::string>{m_itemName}; }));
     m_session.stopMocks();
     // The bus drops a dead process's names on its own time.
-    ASSERT_TRUE(waitUntil([this] { return !m_session.hasOwner(Bus::session, StatusNotifierItem::watcherName); }, false));
+    ASSERT_TRUE(iterateUntil([this] { return !m_session.hasOwner(Bus::session, StatusNotifierItem::watcherName); }));
     m_session.startTrayWatcher();
-    EXPECT_TRUE(waitUntil([this] { return registrations() == std::vector<std::string>{m_itemName}; })) << "registers with the new watcher";
+    EXPECT_TRUE(iterateUntil([this] { return registrations() == std::vector<std::string>{m_itemName}; })) << "registers with the new watcher";
 
     m_item.reset();
-    EXPECT_TRUE(waitUntil([this] { return !m_session.hasOwner(Bus::session, m_itemName); })) << "gives its name back";
+    EXPECT_TRUE(iterateUntil([this] { return !m_session.hasOwner(Bus::session, m_itemName); })) << "gives its name back";
 }
 
 // A shell that answers the right click as the host does: it attaches its
@@ -251,7 +235,7 @@ TEST_F(DesktopStatusBarTest, HostShownMenu_OffersTheToggleAndTheShellsLatestEntr
     button.setToolTip("Velmora");
     button.sendActionOn(eventMaskBit(InputEventType::leftMouseUp) | eventMaskBit(InputEventType::rightMouseUp));
     button.setAction([&](InputEventType trigger) { shell.act(trigger); });
-    ASSERT_TRUE(waitUntil([&] { return shell.log.size() == 1; }));
+    ASSERT_TRUE(iterateUntil([&] { return shell.log.size() == 1; }));
 
     std::vector<gint32> ids;
     EXPECT_EQ(menuLayout(ids), (std::vector<std::string>{"Velmora", "-", "Settings", "-", "Quit"})) << "offered before any host asks";
@@ -269,7 +253,7 @@ TEST_F(DesktopStatusBarTest, HostShownMenu_OffersTheToggleAndTheShellsLatestEntr
     for (const gint32 chosen : {ids[4], ids[0]})
         call(StatusNotifierItem::menuPath, menuInterface, "Event", g_variant_new("(isvu)", chosen, "clicked", g_variant_new_int32(0), 0U));
     click("Activate");
-    ASSERT_TRUE(waitUntil([&] { return shell.log.size() == 5; }));
+    ASSERT_TRUE(iterateUntil([&] { return shell.log.size() == 5; }));
     EXPECT_EQ(shell.log, (std::vector<std::string>{"clicked", "clicked", "Beenden", "toggle", "toggle"}));
 }
 
@@ -299,7 +283,7 @@ TEST_F(DesktopStatusBarTest, ContextMenuWithADisplay_PopsUpUntilChosenAndRunsThe
     StatusButton& button = *shell.item->button();
     button.sendActionOn(eventMaskBit(InputEventType::leftMouseUp) | eventMaskBit(InputEventType::rightMouseUp));
     button.setAction([&](InputEventType trigger) { shell.act(trigger); });
-    ASSERT_TRUE(waitUntil([&] { return shell.log.size() == 1; }));
+    ASSERT_TRUE(iterateUntil([&] { return shell.log.size() == 1; }));
 
     // Chooses "Quit" as soon as the menu is up.
     const guint chooser = g_timeout_add(
@@ -313,7 +297,7 @@ TEST_F(DesktopStatusBarTest, ContextMenuWithADisplay_PopsUpUntilChosenAndRunsThe
         },
         nullptr);
     click("ContextMenu");
-    const bool chosen = waitUntil([&] { return shell.log.size() == 3; });
+    const bool chosen = iterateUntil([&] { return shell.log.size() == 3; });
     if (!chosen)
         g_source_remove(chooser);
     ASSERT_TRUE(chosen) << "the menu never came up";

@@ -64,18 +64,7 @@ protected:
         return held;
     }
 
-    static bool waitUntil(const std::function<bool()>& done)
-    {
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-        while (!done()) {
-            if (std::chrono::steady_clock::now() > deadline)
-                return false;
-            while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
-            }
-            g_usleep(10000);
-        }
-        return true;
-    }
+    static bool waitUntil(const std::function<bool()>& done) { return test::iterateUntil(done, std::chrono::seconds(20)); }
 
     DesktopSession m_session;
     std::shared_ptr<SystemNotificationHub> m_hub = std::make_shared<SystemNotificationHub>();

@@ -5,6 +5,7 @@
 #include <glib.h>
 #include <gtest/gtest.h>
 
+#include "DesktopSession.h"
 #include "VelmoraMac/Platform/Desktop/WallClockAlarm.h"
 
 namespace velmora {
@@ -36,12 +37,7 @@ protected:
     // Iterates the context for `duration` of real time, or until it rang.
     void runFor(std::chrono::milliseconds duration, bool untilRung = true)
     {
-        const auto deadline = std::chrono::steady_clock::now() + duration;
-        while (std::chrono::steady_clock::now() < deadline && !(untilRung && !m_rung.empty())) {
-            g_usleep(1000);
-            while (g_main_context_iteration(m_context, FALSE) != FALSE) {
-            }
-        }
+        (void)test::iterateUntil([&] { return untilRung && !m_rung.empty(); }, duration, m_context);
     }
 
     GMainContext* m_context = g_main_context_new();
