@@ -39,7 +39,6 @@ TEST(WindowPlacement, Frame_CentresTheDefaultSizeWithinTheInset)
         {"small screen: the inset bounds both sides", {0, 0, 700, 500}, {8, 8, 684, 484}},
         {"exactly the default size plus the inset", {0, 0, 796, 656}, {8, 8, 780, 640}},
         {"second screen to the right", {1440, 0, 1920, 1055}, {2010, 207.5, 780, 640}},
-        {"screen left of and below the primary", {-1280, -200, 1280, 800}, {-1030, -120, 780, 640}},
         {"narrow and short: only one side limited", {0, 0, 500, 2000}, {8, 680, 484, 640}},
         {"smaller than the inset: one point, centred", {0, 0, 10, 4}, {4.5, 1.5, 1, 1}},
         {"empty screen", {100, 100, 0, 0}, {99.5, 99.5, 1, 1}},
@@ -59,10 +58,8 @@ constexpr ConstrainedCase constrainedCases[] = {
     {"past the right and top edges: moved in", {1000, 600, 800, 600}, {0, 0, 1440, 875}, {632, 267, 800, 600}},
     {"past the left and bottom edges: moved in", {-200, -50, 400, 300}, {0, 25, 1440, 850}, {8, 33, 400, 300}},
     {"already inside: unchanged", {100, 100, 400, 300}, {0, 0, 1440, 875}, {100, 100, 400, 300}},
-    {"touching the inset on the right and top: unchanged", {652, 227, 780, 640}, {0, 0, 1440, 875}, {652, 227, 780, 640}},
     {"small frame is not grown", {300, 200, 120, 90}, {0, 0, 1440, 875}, {300, 200, 120, 90}},
     {"larger than the screen: shrunk to the inset, at the left and bottom margins", {500, 400, 3000, 2000}, {0, 0, 1440, 875}, {8, 8, 1424, 859}},
-    {"larger, from far left and below", {-900, -700, 3000, 2000}, {0, 0, 1440, 875}, {8, 8, 1424, 859}},
     {"only too wide: height kept", {0, 300, 1600, 300}, {0, 0, 1440, 875}, {8, 300, 1424, 300}},
     {"onto a second screen to the right", {3000, 500, 600, 400}, {1440, 0, 1920, 1080}, {2752, 500, 600, 400}},
     {"onto a screen at negative coordinates", {0, 0, 800, 600}, {-1920, -1080, 1920, 1080}, {-808, -608, 800, 600}},
@@ -114,7 +111,6 @@ TEST(WindowPlacement, NormalizedPointer_RunsFromBottomLeftToTopRightWhicheverWay
         {"outside: below 0 and above 1", {-80, 750}, {0, 0, 800, 600}, {-0.1, 1.25}, {-0.1, -0.25}},
         {"width 0.5 and height 0 divide by 1", {0.25, 3}, {0, 0, 0.5, 0}, {0.25, 3}, {0.25, -2}},
         {"empty bounds away from the origin", {12, 7}, {10, 10, 0, 0}, {2, -3}, {2, 4}},
-        {"exactly one point wide", {10.5, 10.25}, {10, 10, 1, 1}, {0.5, 0.25}, {0.5, 0.75}},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(text(WindowPlacement::normalizedPointer(c.local, c.bounds, Flipped::no)), text(c.expected)) << c.name;

@@ -52,7 +52,7 @@ std::string lowerCase(std::string text)
     return text;
 }
 
-TEST(ShippedContent, EveryLanguageHasEveryTextOfItsOwn)
+TEST(ShippedContent, EveryLanguageHasEveryTextAndTheFiveGroupsOfItsOwn)
 {
     const ContentCatalog& catalog = shippedCatalog();
     for (const std::string& language : PracticeState::languages()) {
@@ -66,13 +66,11 @@ TEST(ShippedContent, EveryLanguageHasEveryTextOfItsOwn)
             EXPECT_FALSE(entry->get<std::string>().empty()) << language << " " << key;
             EXPECT_EQ(catalog.text(key, language), entry->get<std::string>()) << language << " " << key;
         }
-    }
-}
-
-TEST(ShippedContent, EveryLanguageNamesTheFiveGroups)
-{
-    const ContentCatalog& catalog = shippedCatalog();
-    for (const std::string& language : PracticeState::languages()) {
+        for (const char* key : {"days", "selected", "chooseOne"}) {
+            const std::string counted = catalog.text(key, language, 42);
+            EXPECT_EQ(counted.find("{count}"), std::string::npos) << language << " " << key;
+            EXPECT_NE(counted.find("42"), std::string::npos) << language << " " << key;
+        }
         // group() gives nothing unless the language has a list of texts.
         for (std::int64_t index = 0; index < groupCount; ++index)
             EXPECT_FALSE(catalog.group(index, language).empty()) << language << " " << index;
@@ -80,23 +78,14 @@ TEST(ShippedContent, EveryLanguageNamesTheFiveGroups)
     }
 }
 
-TEST(ShippedContent, CountedTextsCarryTheCount)
-{
-    const ContentCatalog& catalog = shippedCatalog();
-    for (const std::string& language : PracticeState::languages()) {
-        for (const char* key : {"days", "selected", "chooseOne"}) {
-            EXPECT_NE(catalog.text(key, language).find("{count}"), std::string::npos) << language << " " << key;
-            const std::string counted = catalog.text(key, language, 42);
-            EXPECT_EQ(counted.find("{count}"), std::string::npos) << language << " " << key;
-            EXPECT_NE(counted.find("42"), std::string::npos) << language << " " << key;
-        }
-    }
-}
-
-TEST(ShippedContent, EveryTopicIsNamedDescribedAndColouredOnItsOwn)
+TEST(ShippedContent, EveryTopicIsNamedDescribedColouredAndGroupedOnItsOwn)
 {
     std::map<std::string, std::string> topicOfColour;
+    std::map<std::int64_t, std::set<std::string>> topicsOfGroup;
     for (const Topic& topic : shippedCatalog().topics()) {
+        EXPECT_GE(topic.group, 0) << topic.id;
+        EXPECT_LT(topic.group, groupCount) << topic.id;
+        topicsOfGroup[topic.group].insert(topic.id);
         for (std::size_t index = 0; index < PracticeState::languages().size(); ++index) {
             EXPECT_FALSE(topic.names[index].empty()) << topic.id << " " << PracticeState::languages()[index];
             EXPECT_FALSE(topic.descriptions[index].empty()) << topic.id << " " << PracticeState::languages()[index];
@@ -105,16 +94,7 @@ TEST(ShippedContent, EveryTopicIsNamedDescribedAndColouredOnItsOwn)
         const auto [previous, unique] = topicOfColour.emplace(lowerCase(topic.color), topic.id);
         EXPECT_TRUE(unique) << topic.id << " shares " << topic.color << " with " << previous->second;
     }
-}
-
-TEST(ShippedContent, GroupsAreFiveAndTheLastHoldsTheThreePoisons)
-{
-    std::map<std::int64_t, std::set<std::string>> topicsOfGroup;
-    for (const Topic& topic : shippedCatalog().topics()) {
-        EXPECT_GE(topic.group, 0) << topic.id;
-        EXPECT_LT(topic.group, groupCount) << topic.id;
-        topicsOfGroup[topic.group].insert(topic.id);
-    }
+    // The last group holds the three poisons; no group is left empty.
     EXPECT_EQ(topicsOfGroup[4], (std::set<std::string>{"craving", "aversion", "delusion"}));
     for (std::int64_t group = 0; group < 4; ++group)
         EXPECT_FALSE(topicsOfGroup[group].empty()) << "group " << group << " has no topic";

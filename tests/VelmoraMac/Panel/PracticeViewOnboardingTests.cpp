@@ -143,22 +143,6 @@ TEST_F(PracticeViewOnboardingTest, WorkingSelection_SurvivesBackCancelAndCloseAn
     EXPECT_EQ(view().selected(), (PracticeState::StringSet{"phone"}));
 }
 
-TEST_F(PracticeViewOnboardingTest, GroupWithoutTopics_ShowsAnEmptyListAndStillAdvances)
-{
-    nlohmann::json content = test::shippedContentDocument();
-    for (auto& topic : content["topics"])
-        topic["group"] = 0;
-    rebuild(content);
-    model().load();
-    view().appear();
-    view().advance();
-    EXPECT_EQ(shownPage<SelectionPage>(view().body()).topics.size(), 17U);
-    view().advance();
-    EXPECT_TRUE(shownPage<SelectionPage>(view().body()).topics.empty());
-    view().advance();
-    EXPECT_EQ(view().group(), 2);
-}
-
 TEST_F(PracticeViewOnboardingTest, Appear_FillsTheWorkingSelectionAndReadsTheLoginStatusOnlyTheFirstTime)
 {
     PracticeState chosen;

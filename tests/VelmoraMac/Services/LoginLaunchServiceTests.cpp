@@ -71,7 +71,6 @@ TEST(LoginLaunchService, IsLoginEvent_OnlyAFirstLaunchMarkedAsLoginItem)
         {"open without the parameter", LaunchEvent{"oapp", std::nullopt}, false},
         {"open with another launch kind", LaunchEvent{"oapp", "????"}, false},
         {"reopen, even marked as login item", LaunchEvent{"rapp", "lgit"}, false},
-        {"event ID in other case", LaunchEvent{"OAPP", "lgit"}, false},
     };
     for (const auto& c : cases)
         EXPECT_EQ(LoginLaunchService::isLoginEvent(c.event), c.login) << c.name;
