@@ -111,13 +111,8 @@ struct Reading {
 
     void print(const std::string& prefix) const
     {
-        std::cout << prefix << "pointer " << pointerX << ' ' << pointerY << '\n'
-                  << prefix << "buttons " << down << ' ' << held << ' ' << up << '\n'
-                  << prefix << "scroll " << scrollX << ' ' << scrollY << '\n'
-                  << prefix << "navigation " << navigationX << ' ' << navigationY << '\n'
-                  << prefix << "width " << width << '\n'
-                  << prefix << "visible " << visible << '\n'
-                  << prefix << "interactive " << interactive << '\n';
+        std::cout << prefix << "reading " << pointerX << ' ' << pointerY << ' ' << down << ' ' << held << ' ' << up << ' '
+                  << scrollX << ' ' << scrollY << ' ' << navigationX << ' ' << navigationY << ' ' << width << ' ' << visible << ' ' << interactive << '\n';
     }
 };
 
