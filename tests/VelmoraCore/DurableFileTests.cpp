@@ -76,18 +76,6 @@ TEST_F(DurableFileTest, Exists_FollowsLinksAndTreatsAFileInThePathAsAbsence)
     EXPECT_TRUE(DurableFile::exists(m_folder / "file"));
 }
 
-TEST_F(DurableFileTest, Read_ReportsTheOperationPathAndReason)
-{
-    try {
-        (void)DurableFile::read(target());
-        FAIL() << "read a missing file";
-    } catch (const fs::filesystem_error& error) {
-        EXPECT_EQ(error.code(), std::errc::no_such_file_or_directory);
-        EXPECT_EQ(error.path1(), target());
-        EXPECT_NE(std::string(error.what()).find("open file"), std::string::npos) << error.what();
-    }
-}
-
 TEST_F(DurableFileTest, Read_ReturnsLargeFilesWhole)
 {
     std::string large(std::size_t{300} * 1024, 'x');

@@ -144,7 +144,6 @@ TEST_F(PracticeStoreTest, FolderThatCannotBeCreated_FailsWithTheFileSystemError)
         FAIL() << "saved below a file";
     } catch (const fs::filesystem_error& error) {
         EXPECT_EQ(error.code(), std::errc::not_a_directory) << error.what();
-        EXPECT_NE(std::string(error.what()).find("create folder"), std::string::npos) << error.what();
     }
     EXPECT_EQ(store.state(), PracticeState());
     EXPECT_EQ(fileBytes(blocked), "not a folder");
@@ -154,7 +153,6 @@ struct WriteFault {
     const char* name;
     FaultyFileSystemCalls::Step step;
     int error;
-    const char* operation;
 };
 
 class PracticeStoreWriteFault : public PracticeStoreTest, public testing::WithParamInterface<WriteFault> { };
@@ -172,7 +170,6 @@ TEST_P(PracticeStoreWriteFault, LeavesStateFileAndFolderAsTheyWere)
         FAIL() << "the update succeeded";
     } catch (const fs::filesystem_error& error) {
         EXPECT_EQ(error.code().value(), GetParam().error) << error.what();
-        EXPECT_NE(std::string(error.what()).find(GetParam().operation), std::string::npos) << error.what();
     }
     EXPECT_EQ(store.state(), held);
     EXPECT_EQ(fileBytes(url()), saved);
@@ -181,12 +178,12 @@ TEST_P(PracticeStoreWriteFault, LeavesStateFileAndFolderAsTheyWere)
 
 INSTANTIATE_TEST_SUITE_P(EveryStep, PracticeStoreWriteFault,
     testing::Values(
-        WriteFault{"CreateTemporaryDenied", FaultyFileSystemCalls::Step::createUniqueFile, EACCES, "create temporary file"},
-        WriteFault{"WriteDiskFull", FaultyFileSystemCalls::Step::write, ENOSPC, "write temporary file"},
-        WriteFault{"ShortWriteThenDiskFull", FaultyFileSystemCalls::Step::shortWriteThenWrite, ENOSPC, "write temporary file"},
-        WriteFault{"FsyncIOError", FaultyFileSystemCalls::Step::fsyncFile, EIO, "flush temporary file"},
-        WriteFault{"CloseQuotaExceeded", FaultyFileSystemCalls::Step::close, EDQUOT, "close temporary file"},
-        WriteFault{"RenameReadOnlyFileSystem", FaultyFileSystemCalls::Step::rename, EROFS, "replace file"}),
+        WriteFault{"CreateTemporaryDenied", FaultyFileSystemCalls::Step::createUniqueFile, EACCES},
+        WriteFault{"WriteDiskFull", FaultyFileSystemCalls::Step::write, ENOSPC},
+        WriteFault{"ShortWriteThenDiskFull", FaultyFileSystemCalls::Step::shortWriteThenWrite, ENOSPC},
+        WriteFault{"FsyncIOError", FaultyFileSystemCalls::Step::fsyncFile, EIO},
+        WriteFault{"CloseQuotaExceeded", FaultyFileSystemCalls::Step::close, EDQUOT},
+        WriteFault{"RenameReadOnlyFileSystem", FaultyFileSystemCalls::Step::rename, EROFS}),
     [](const testing::TestParamInfo<WriteFault>& param) { return std::string(param.param.name); });
 
 TEST_F(PracticeStoreTest, FolderFlushFailure_IsIgnoredBecauseTheNewFileIsInPlace)

@@ -265,28 +265,6 @@ TEST_F(PracticeCoordinatorTest, PermissionAnswer_AfterTheCoordinatorIsGone_DoesN
     EXPECT_FALSE(m_reminders->onPermissionDenied()) << "the coordinator takes its callback with it";
 }
 
-TEST_F(PracticeCoordinatorTest, SetLoginLaunch_ReportsFailureInTheLanguageAndRereadsTheStatus)
-{
-    coordinator().load();
-    m_login->statusAfterRegistering = 2;
-    coordinator().setLoginLaunch(true);
-    EXPECT_TRUE(coordinator().loginEnabled().get());
-    EXPECT_TRUE(coordinator().loginRequiresApproval().get());
-    EXPECT_FALSE(coordinator().loginError().get());
-
-    m_login->refuse = true;
-    coordinator().setLoginLaunch(false);
-    EXPECT_EQ(coordinator().loginError().get(), m_catalog->text("loginError", "fr"));
-    EXPECT_NE(coordinator().loginError().get(), "loginError");
-    EXPECT_TRUE(coordinator().loginEnabled().get()) << "the status is read again, unchanged";
-
-    m_login->refuse = false;
-    coordinator().setLoginLaunch(false);
-    EXPECT_FALSE(coordinator().loginError().get());
-    EXPECT_FALSE(coordinator().loginEnabled().get());
-    EXPECT_EQ(m_login->requests, (std::vector<bool>{true, false, false}));
-}
-
 TEST_F(PracticeCoordinatorTest, LanguageIndex_FollowsTheStoredChoiceThenTheSystem)
 {
     struct LanguageCase {

@@ -161,7 +161,12 @@ TEST_F(PracticeViewSettingsTest, LoginBlock_ShowsApprovalAndErrorsAndOpensTheLog
     login = settings().login;
     ASSERT_TRUE(login.error);
     EXPECT_EQ(login.error->text, text("loginError"));
-    EXPECT_EQ(m_login->requests, (std::vector<bool>{true, false}));
+    EXPECT_TRUE(login.toggle.control.isOn) << "the status is read again, unchanged";
+    m_login->refuse = false;
+    tap(login.toggle.toggle);
+    EXPECT_FALSE(settings().login.error) << "a switch that succeeds clears the error";
+    EXPECT_EQ(m_login->requests, (std::vector<bool>{true, false, false}));
+    tap(settings().login.toggle.toggle);
 
     // Approved in the system settings meanwhile: seen when the application
     // becomes active again.
