@@ -12,15 +12,15 @@
 #include "VelmoraCore/PracticeStore.h"
 #include "VelmoraMac/ContentCatalog.h"
 #include "VelmoraMac/Host/MenuBarHost.h"
-#include "VelmoraMac/Platform/Headless/HeadlessApplication.h"
 #include "VelmoraMac/Platform/EventMonitorChain.h"
+#include "VelmoraMac/Platform/Headless/HeadlessApplication.h"
 #include "VelmoraMac/Platform/Headless/HeadlessLoginItemService.h"
 #include "VelmoraMac/Platform/Headless/HeadlessShellPlatform.h"
 #include "VelmoraMac/Platform/Headless/HeadlessStatusBar.h"
 #include "VelmoraMac/Platform/Headless/HeadlessSystemEnvironment.h"
-#include "VelmoraMac/Platform/SystemNotificationHub.h"
 #include "VelmoraMac/Platform/Headless/HeadlessWindowSystem.h"
 #include "VelmoraMac/Platform/Headless/ManualMainThread.h"
+#include "VelmoraMac/Platform/SystemNotificationHub.h"
 #include "VelmoraMac/PracticeCoordinator.h"
 #include "VelmoraMac/Services/LoginLaunchService.h"
 #include "tests/VelmoraCore/CoreTestSupport.h"
@@ -110,32 +110,15 @@ protected:
     // Events as the window system reports them.
     static InputEvent key(InputEventType type, std::uint16_t code, Window* window, std::uint64_t flags = 0, bool repeat = false)
     {
-        InputEvent event;
-        event.type = type;
-        event.keyCode = code;
-        event.window = window;
-        event.modifierFlags = flags;
-        event.isARepeat = repeat;
-        return event;
+        return {.modifierFlags = flags, .window = window, .locationInWindow = {}, .type = type, .keyCode = code, .isARepeat = repeat};
     }
     static InputEvent mouse(InputEventType type, Window* window, Point location)
     {
-        InputEvent event;
-        event.type = type;
-        event.window = window;
-        event.locationInWindow = location;
-        return event;
+        return {.window = window, .locationInWindow = location, .type = type};
     }
     static InputEvent wheel(Window* window, Point location, double deltaX, double deltaY, bool precise)
     {
-        InputEvent event;
-        event.type = InputEventType::scrollWheel;
-        event.window = window;
-        event.locationInWindow = location;
-        event.scrollingDeltaX = deltaX;
-        event.scrollingDeltaY = deltaY;
-        event.hasPreciseScrollingDeltas = precise;
-        return event;
+        return {.window = window, .locationInWindow = location, .scrollingDeltaX = deltaX, .scrollingDeltaY = deltaY, .type = InputEventType::scrollWheel, .hasPreciseScrollingDeltas = precise};
     }
     EventDisposition dispatch(const InputEvent& event) const { return m_platform->eventMonitors().dispatch(event); }
     EventDisposition press(std::uint16_t code, Window* window, std::uint64_t flags = 0, bool repeat = false) const

@@ -1,6 +1,7 @@
 #include <atomic>
 #include <latch>
 #include <memory>
+#include <numeric>
 #include <string>
 #include <system_error>
 #include <thread>
@@ -88,8 +89,7 @@ TEST(HeadlessMainThread, AsyncWorkFromSeveralThreads_RunsOnTheMainThreadInEachTh
 
     EXPECT_TRUE(onMain);
     std::vector<int> inOrder(tasks);
-    for (int task = 0; task < tasks; ++task)
-        inOrder[static_cast<std::size_t>(task)] = task;
+    std::iota(inOrder.begin(), inOrder.end(), 0);
     for (const std::vector<int>& fromOneThread : result)
         EXPECT_EQ(fromOneThread, inOrder);
 }
