@@ -94,24 +94,6 @@ TEST(ReminderPolicy, Reevaluation_HandsOutDatesOnlyWhenWhatWouldBePostedChanged)
     }
 }
 
-TEST(ReminderPolicy, RemindersOff_HandOutAnEmptyListOnceThenNothing)
-{
-    ReminderPolicy policy;
-    Inputs in = baseline();
-    in.state.reminderEnabled = false;
-    EXPECT_TRUE(upcoming(in).empty());
-
-    const ReminderDecision first = evaluate(policy, in);
-    ASSERT_TRUE(first.datesToSchedule);
-    EXPECT_TRUE(first.datesToSchedule->empty());
-    EXPECT_FALSE(first.permissionDenied);
-
-    EXPECT_FALSE(evaluate(policy, in).datesToSchedule);
-    // The time is not posted anywhere while reminders are off.
-    in.state.reminderHour = 6;
-    EXPECT_FALSE(evaluate(policy, in).datesToSchedule);
-}
-
 TEST(ReminderPolicy, Unauthorized_ClearsPendingRemindersAndReportsAWantedReminder)
 {
     ReminderPolicy policy;

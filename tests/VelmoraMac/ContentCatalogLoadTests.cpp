@@ -178,7 +178,6 @@ TEST_F(ContentCatalogFile, Load_KeepsTheFileContentWithTopicsInFileOrder)
     topicNamed(document, "phone")["group"] = 3;
     topicNamed(document, "phone")["color"] = "#7FB8A4";
     document["languages"] = {{"ru", "Русский"}, {"pi", "Pāli"}};
-    document["uiIcons"] = {{"lotus", "bG90dXM="}, {"close", "Y2xvc2U="}};
     document["palette"] = {{"paper", "#0E2422"}, {"gold", "#D9C59A"}};
     document["strings"]["en"] = {{"back", "Back"}, {"groups", {"One", "Two"}}};
 
@@ -196,7 +195,6 @@ TEST_F(ContentCatalogFile, Load_KeepsTheFileContentWithTopicsInFileOrder)
     }
     EXPECT_EQ(catalog.topics().front().id, *PracticeState::topicIDs().rbegin());
     EXPECT_EQ(catalog.languages(), (ContentCatalog::StringMap{{"ru", "Русский"}, {"pi", "Pāli"}}));
-    EXPECT_EQ(catalog.uiIcons(), (ContentCatalog::StringMap{{"lotus", "bG90dXM="}, {"close", "Y2xvc2U="}}));
     EXPECT_EQ(catalog.palette(), (ContentCatalog::StringMap{{"paper", "#0E2422"}, {"gold", "#D9C59A"}}));
     EXPECT_EQ(catalog.strings(), document["strings"]);
 }

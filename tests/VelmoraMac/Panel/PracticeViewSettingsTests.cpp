@@ -36,7 +36,6 @@ TEST_F(PracticeViewSettingsTest, LanguagePage_ListsSystemAndEveryLanguageAndClos
     for (const auto& choice : languages.choices)
         codes.push_back(choice.code);
     EXPECT_EQ(codes, (std::vector<std::string>{"system", "ru", "en", "fr", "hi", "es", "pt", "pi"}));
-    EXPECT_EQ(languages.choices[3].row.title.text, "Français");
     EXPECT_EQ(languages.choices[7].row.title.text, "pi") << "a language the catalog has no name for shows its code";
 
     // Saved: the panel speaks French at once and returns to the settings.
@@ -51,7 +50,6 @@ TEST_F(PracticeViewSettingsTest, LanguagePage_ListsSystemAndEveryLanguageAndClos
     view().openLanguage();
     view().chooseLanguage("xx");
     EXPECT_EQ(page(), "language");
-    EXPECT_EQ(savedState().language, "fr");
     body = view().body();
     ASSERT_TRUE(body.errorLine);
     EXPECT_EQ(body.errorLine->text, model().catalog().text("saveError", "fr"));
