@@ -341,15 +341,6 @@ TEST_F(DesktopEndToEnd, ClickOnALotus_ReachesTheStateFile)
     screenshot(m_window, "pond-after-click");
 }
 
-TEST_F(DesktopEndToEnd, StatusItem_RegistersAndItsClicksToggleThePond)
-{
-    seedOnboardedUser(dataHome());
-    start();
-    hideThroughTheItem();
-    callItem("Activate");
-    EXPECT_TRUE(iterateUntil([&] { return pondVisible(); }));
-}
-
 TEST_F(DesktopEndToEnd, Sleep_HidesEverything)
 {
     seedOnboardedUser(dataHome());

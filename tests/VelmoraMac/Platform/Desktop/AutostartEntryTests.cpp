@@ -63,7 +63,6 @@ TEST(AutostartEntry, Launches_UnlessHiddenSwitchedOffOrNoEntry)
     };
     const EntryCase cases[] = {
         {"plain", "[Desktop Entry]\nType=Application\nExec=pond\n", true},
-        {"switched on", "[Desktop Entry]\nExec=pond\nX-GNOME-Autostart-enabled=true\n", true},
         {"switched off", "[Desktop Entry]\nExec=pond\nX-GNOME-Autostart-enabled=false\n", false},
         {"hidden", "[Desktop Entry]\nExec=pond\nHidden=true\n", false},
         {"not hidden", "[Desktop Entry]\nExec=pond\nHidden=false\n", true},

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <memory>
@@ -10,7 +11,6 @@
 #include "DesktopSession.h"
 #include "VelmoraMac/ContentCatalog.h"
 #include "VelmoraMac/Host/PondChromeView.h"
-#include "VelmoraMac/Platform/Desktop/ChromeOverlayWidget.h"
 #include "VelmoraMac/Platform/Desktop/DesktopContentView.h"
 #include "VelmoraMac/Platform/Desktop/DesktopEventMonitors.h"
 #include "VelmoraMac/Platform/Desktop/DesktopWindow.h"
@@ -35,13 +35,14 @@ void settle()
     (void)iterateUntil([] { return false; }, 200ms);
 }
 
-// The alpha (0...255) of a pixel of an ARGB32 surface.
-int alphaAt(cairo_surface_t* surface, int x, int y)
+// A channel (0...255) of a pixel of an ARGB32 surface: 24 for alpha, 8
+// for green.
+int channelAt(cairo_surface_t* surface, int x, int y, unsigned shift)
 {
     cairo_surface_flush(surface);
     const unsigned char* data = cairo_image_surface_get_data(surface);
     const auto* pixel = reinterpret_cast<const std::uint32_t*>(data + static_cast<std::ptrdiff_t>(y) * cairo_image_surface_get_stride(surface));
-    return static_cast<int>((pixel[x] >> 24U) & 0xFFU);
+    return static_cast<int>((pixel[x] >> shift) & 0xFFU);
 }
 
 gboolean paintGreen(GtkWidget* /*widget*/, cairo_t* cairo, gpointer /*data*/)
@@ -279,45 +280,6 @@ protected:
     int m_settings = 0;
 };
 
-TEST_F(ChromeTest, Drawing_ShadesTheEdgesAndShowsTheWordmarkDaysAndGear)
-{
-    const auto chrome = makeChrome();
-    ChromeOverlayWidget widget(chrome);
-    chrome->setSize({600, 400});
-    cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 600, 400);
-    cairo_t* cairo = cairo_create(surface);
-    widget.draw(cairo);
-
-    // Shaded bands along the top and the bottom, clear between them.
-    EXPECT_GT(alphaAt(surface, 2, 0), 100);
-    EXPECT_EQ(alphaAt(surface, 300, 200), 0);
-    EXPECT_GT(alphaAt(surface, 2, 399), 50);
-
-    const PondChromeView::Layout layout = chrome->layout();
-    // How much more opaque than the bare shade of its row (the shade
-    // depends on y only) the most covered pixel of `area` is.
-    const auto drawnOver = [&](const Rect& area) {
-        int most = 0;
-        for (auto y = static_cast<int>(area.minY()); y < static_cast<int>(area.maxY()); ++y) {
-            for (auto x = static_cast<int>(area.minX()); x < static_cast<int>(area.maxX()); ++x)
-                most = std::max(most, alphaAt(surface, x, y) - alphaAt(surface, 2, y));
-        }
-        return most;
-    };
-    EXPECT_GT(drawnOver(layout.gear), 25) << "the gear's icon in its tint";
-    EXPECT_GT(drawnOver(layout.wordmark), 60) << "the wordmark, opaque";
-    EXPECT_GT(drawnOver(layout.days), 25) << "the day line";
-
-    chrome->hide();
-    cairo_set_operator(cairo, CAIRO_OPERATOR_CLEAR);
-    cairo_paint(cairo);
-    cairo_set_operator(cairo, CAIRO_OPERATOR_OVER);
-    widget.draw(cairo);
-    EXPECT_EQ(alphaAt(surface, 2, 0), 0) << "hidden, nothing is drawn";
-    cairo_destroy(cairo);
-    cairo_surface_destroy(surface);
-}
-
 TEST_F(ChromeTest, OverPond_TakesGearClicksAndLetsEveryOtherClickThrough)
 {
     GtkWindow* renderer = addRendererWindow(780, 560);
@@ -338,13 +300,33 @@ TEST_F(ChromeTest, OverPond_TakesGearClicksAndLetsEveryOtherClickThrough)
     EXPECT_TRUE(pond->contentView()->isFlipped());
     EXPECT_EQ(pond->contentView()->convertFromWindow({10, 500}), Point(10, content.height - 500));
 
-    // What a person sees: the chrome over a plain pond.
+    // What a person sees: the chrome over a plain pond, shaded along the
+    // top edge, and the wordmark, the day line and the gear drawn over the
+    // shade of their rows.
     ASSERT_TRUE(GTK_IS_OVERLAY(gtk_bin_get_child(GTK_BIN(renderer)))) << "the renderer's widget now lies under the overlay";
-    cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, static_cast<int>(content.width), static_cast<int>(content.height));
-    cairo_t* cairo = cairo_create(surface);
-    gtk_widget_draw(gtk_bin_get_child(GTK_BIN(renderer)), cairo);
-    cairo_destroy(cairo);
-    EXPECT_EQ(alphaAt(surface, 390, 280), 255);
+    const auto drawn = [&] {
+        cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, static_cast<int>(content.width), static_cast<int>(content.height));
+        cairo_t* cairo = cairo_create(surface);
+        gtk_widget_draw(gtk_bin_get_child(GTK_BIN(renderer)), cairo);
+        cairo_destroy(cairo);
+        return surface;
+    };
+    cairo_surface_t* surface = drawn();
+    const auto green = [&](int x, int y) { return channelAt(surface, x, y, 8); };
+    EXPECT_EQ(channelAt(surface, 390, 280, 24), 255);
+    EXPECT_LT(green(2, 0), green(390, 280) - 10) << "the shade";
+    const auto drawnOver = [&](const Rect& area) {
+        int most = 0;
+        for (auto y = static_cast<int>(area.minY()); y < static_cast<int>(area.maxY()); ++y) {
+            for (auto x = static_cast<int>(area.minX()); x < static_cast<int>(area.maxX()); ++x)
+                most = std::max(most, green(x, y) - green(2, y));
+        }
+        return most;
+    };
+    const PondChromeView::Layout layout = chrome->layout();
+    EXPECT_GT(drawnOver(layout.gear), 25) << "the gear's icon in its tint";
+    EXPECT_GT(drawnOver(layout.wordmark), 60) << "the wordmark";
+    EXPECT_GT(drawnOver(layout.days), 25) << "the day line";
     if (const char* folder = g_getenv("VELMORA_SCREENSHOT_DIR")) {
         EXPECT_EQ(cairo_surface_write_to_png(surface, (std::filesystem::path(folder) / "chrome.png").c_str()), CAIRO_STATUS_SUCCESS);
     }
@@ -365,6 +347,9 @@ TEST_F(ChromeTest, OverPond_TakesGearClicksAndLetsEveryOtherClickThrough)
     EXPECT_EQ(m_settings, 1);
 
     chrome->hide();
+    surface = drawn();
+    EXPECT_EQ(green(2, 0), green(390, 280)) << "hidden, nothing is drawn";
+    cairo_surface_destroy(surface);
     EXPECT_FALSE(sendButton(GDK_BUTTON_PRESS, renderer, onGear)) << "a hidden chrome takes nothing";
     EXPECT_FALSE(sendButton(GDK_BUTTON_RELEASE, renderer, onGear));
     EXPECT_EQ(m_settings, 1);
