@@ -175,27 +175,6 @@ TEST_F(PracticeViewSettingsTest, LoginBlock_ShowsApprovalAndErrorsAndOpensTheLog
     EXPECT_FALSE(settings().login.openSettings);
 }
 
-TEST_F(PracticeViewSettingsTest, FailedLoad_ShowsOnlyTheErrorPageUntilARetrySucceeds)
-{
-    saveBeforeStart(onboardedState());
-    const std::string good = test::fileBytes(url());
-    test::writeFileBytes(url(), "{\"version\":");
-    model().load();
-    view().appear();
-    ASSERT_TRUE(model().loadFailed().get());
-
-    const PanelBody body = view().body();
-    const auto& failed = shownPage<LoadErrorPage>(body);
-    EXPECT_FALSE(body.footer) << "not even on the welcome page";
-    EXPECT_FALSE(body.errorLine) << "the error is the page itself";
-
-    tap(failed.retry.action);
-    EXPECT_TRUE(model().loadFailed().get()) << "still unreadable";
-    test::writeFileBytes(url(), good);
-    tap(failed.retry.action);
-    EXPECT_NO_THROW((void)shownPage<SettingsPage>(view().body()));
-}
-
 TEST_F(PracticeViewSettingsTest, Redraw_IsAskedForOnEveryPublishedChangeAndEveryChangeOfTheViewsOwn)
 {
     start(onboardedState());
