@@ -183,21 +183,7 @@ TEST_F(MenuBarHostWindowTest, Sleep_InFullScreen_HidesOnceThePondHasLeft)
     EXPECT_FALSE(host().restorePanelAfterFullScreen());
 }
 
-TEST_F(MenuBarHostWindowTest, Miniaturize_ThePanel_TakesThePondAlongAndBringsBothBack)
-{
-    startWithPond();
-    host().settings();
-    panel()->miniaturize();
-    EXPECT_FALSE(m_window->isVisible());
-    EXPECT_FALSE(host().visible());
-
-    panel()->deminiaturize();
-    EXPECT_TRUE(panel()->isVisible());
-    EXPECT_TRUE(m_window->isVisible());
-    EXPECT_TRUE(joinedWindowed());
-}
-
-TEST_F(MenuBarHostWindowTest, Miniaturize_ThePond_StopsInputUntilItComesBack)
+TEST_F(MenuBarHostWindowTest, Miniaturize_ThePondStopsInputUntilItComesBack_AndThePanelTakesThePondAlong)
 {
     startWithPond();
     press(KeyCode::w, m_window.get());
@@ -219,6 +205,14 @@ TEST_F(MenuBarHostWindowTest, Miniaturize_ThePond_StopsInputUntilItComesBack)
     host().open();
     EXPECT_FALSE(m_window->isMiniaturized());
     EXPECT_TRUE(host().interactive());
+
+    host().settings();
+    panel()->miniaturize();
+    EXPECT_FALSE(m_window->isVisible());
+    EXPECT_FALSE(host().visible());
+    panel()->deminiaturize();
+    EXPECT_TRUE(m_window->isVisible());
+    EXPECT_TRUE(joinedWindowed());
 }
 
 // Each change of the screens places the remembered frame anew.
