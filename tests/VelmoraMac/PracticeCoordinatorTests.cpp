@@ -78,7 +78,7 @@ protected:
     int m_settingsOpened = 0;
 };
 
-TEST_F(PracticeCoordinatorTest, Load_ChoosesThePageFromTheStoredState)
+TEST_F(PracticeCoordinatorTest, Load_ChoosesThePageAndRefreshesEverythingFromTheStoredState)
 {
     struct PageCase {
         const char* name = nullptr;
@@ -99,27 +99,20 @@ TEST_F(PracticeCoordinatorTest, Load_ChoosesThePageFromTheStoredState)
             saveBeforeStart(*c.stored);
         rebuild();
         m_snapshots.clear();
+        m_reminders->scheduled.clear();
+        m_chromeChanged = 0;
+        m_login->status = 2;
         coordinator().load();
         EXPECT_EQ(coordinator().page().get(), c.page);
         EXPECT_EQ(m_snapshots.size(), c.stored && c.stored->onboarded ? 1U : 0U) << "the pond shows only after onboarding";
+        // Every successful load refreshes the reminders, the chrome and the login status.
+        ASSERT_EQ(m_reminders->scheduled.size(), 1U);
+        EXPECT_EQ(m_reminders->scheduled[0].body, "dailyGentle in fr");
+        EXPECT_EQ(m_reminders->scheduled[0].state, coordinator().state().get());
+        EXPECT_EQ(m_chromeChanged, 1);
+        EXPECT_TRUE(coordinator().loginRequiresApproval().get());
         EXPECT_EQ(coordinator().state().get(), c.stored.value_or(PracticeState()));
     }
-}
-
-TEST_F(PracticeCoordinatorTest, Load_RefreshesSchedulesAndEmitsOneSnapshotForAnOnboardedState)
-{
-    saveBeforeStart(onboarded());
-    rebuild();
-    m_login->status = 2;
-    coordinator().load();
-
-    ASSERT_EQ(m_reminders->scheduled.size(), 1U);
-    EXPECT_EQ(m_reminders->scheduled[0].title, "velmora");
-    EXPECT_EQ(m_reminders->scheduled[0].body, "dailyGentle in fr");
-    EXPECT_EQ(m_reminders->scheduled[0].state, onboarded());
-    EXPECT_EQ(m_chromeChanged, 1);
-    EXPECT_TRUE(coordinator().loginEnabled().get());
-    EXPECT_TRUE(coordinator().loginRequiresApproval().get());
 }
 
 TEST_F(PracticeCoordinatorTest, FailedLoad_ShowsTheLocalizedErrorAndBlocksEveryChangeUntilALoadSucceeds)
