@@ -54,15 +54,8 @@ gboolean paintGreen(GtkWidget* /*widget*/, cairo_t* cairo, gpointer /*data*/)
 }
 
 class DesktopWindowSystemTest : public testing::Test {
-public:
-    DesktopWindowSystemTest(const DesktopWindowSystemTest&) = delete;
-    DesktopWindowSystemTest& operator=(const DesktopWindowSystemTest&) = delete;
-    DesktopWindowSystemTest(DesktopWindowSystemTest&&) = delete;
-    DesktopWindowSystemTest& operator=(DesktopWindowSystemTest&&) = delete;
-
 protected:
-    DesktopWindowSystemTest() = default;
-    ~DesktopWindowSystemTest() override
+    void TearDown() override
     {
         m_system.reset();
         for (GtkWidget* window : m_rendererWindows)

@@ -20,15 +20,8 @@ Instant wallClockNow()
 
 // A context of the test's own, iterated here; what rang, and when.
 class WallClockAlarmTest : public testing::Test {
-public:
-    WallClockAlarmTest(const WallClockAlarmTest&) = delete;
-    WallClockAlarmTest& operator=(const WallClockAlarmTest&) = delete;
-    WallClockAlarmTest(WallClockAlarmTest&&) = delete;
-    WallClockAlarmTest& operator=(WallClockAlarmTest&&) = delete;
-
 protected:
-    WallClockAlarmTest() = default;
-    ~WallClockAlarmTest() override
+    void TearDown() override
     {
         m_alarm.reset();
         g_main_context_unref(m_context);
