@@ -142,7 +142,7 @@ TEST_F(MenuBarHostLifecycleTest, RightClick_PopsUpTheMenuWhoseItemsOpenSettingsA
     EXPECT_EQ(application().terminations(), 1);
 }
 
-TEST_F(MenuBarHostLifecycleTest, Tick_RefreshesOnceADayAndLowersAssertionsEverySecond)
+TEST_F(MenuBarHostLifecycleTest, TickAndWaking_RefreshOnceADayAndTheTickLowersAssertionsEverySecond)
 {
     storeOnboarded();
     m_system->setNow(test::utc(2025, 3, 14, 21, 59, 58)); // 23:59:58 in Helsinki
@@ -157,6 +157,9 @@ TEST_F(MenuBarHostLifecycleTest, Tick_RefreshesOnceADayAndLowersAssertionsEveryS
     m_system->advance(1s);
     advance(1s);
     EXPECT_FALSE(takeEvent());
+    // Waking may be on another day: no waiting for the tick.
+    notifications().post(SystemNotification::workspaceDidWake);
+    EXPECT_TRUE(takeEvent());
 
     m_system->advance(1s);
     advance(1s);
