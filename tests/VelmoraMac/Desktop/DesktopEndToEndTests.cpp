@@ -243,31 +243,17 @@ protected:
         ASSERT_TRUE(changed) << "the click changed nothing";
     }
 
-    // The item's bus name, once it registered with the tray watcher.
-    [[nodiscard]] std::optional<std::string> registeredItem() const
-    {
-        const auto calls = m_session->mockCalls(Bus::session, "org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher", "RegisterStatusNotifierItem");
-        if (calls.empty())
-            return std::nullopt;
-        return g_variant_get_string(calls.front().arguments.at(0).get(), nullptr);
-    }
-
-    // Calls the status item as a tray host does, without waiting for it:
-    // the item answers on this very thread.
-    void callItem(const char* method) const
-    {
-        g_dbus_connection_call(m_session->connection(Bus::session), m_item.c_str(), "/StatusNotifierItem", "org.kde.StatusNotifierItem", method,
-            g_variant_new("(ii)", 0, 0), nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr, nullptr);
-    }
-
-    // Waits for the item to register and the pond to show, then hides the
-    // pond with a left click on the item.
+    // Waits for the item to register with the tray watcher and the pond
+    // to show, then hides the pond with a left click on the item, as a
+    // tray host sends it: without waiting, since the item answers on this
+    // very thread.
     void hideThroughTheItem()
     {
-        std::optional<std::string> item;
-        ASSERT_TRUE(iterateUntil([&] { return (item = registeredItem()).has_value() && pondVisible(); }));
-        m_item = *item;
-        callItem("Activate");
+        const auto registered = [&] { return m_session->mockCalls(Bus::session, "org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher", "RegisterStatusNotifierItem"); };
+        ASSERT_TRUE(iterateUntil([&] { return !registered().empty() && pondVisible(); }));
+        const std::string item = g_variant_get_string(registered().front().arguments.at(0).get(), nullptr);
+        g_dbus_connection_call(m_session->connection(Bus::session), item.c_str(), "/StatusNotifierItem", "org.kde.StatusNotifierItem", "Activate",
+            g_variant_new("(ii)", 0, 0), nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr, nullptr);
         ASSERT_TRUE(iterateUntil([&] { return !pondVisible(); }));
     }
 
@@ -297,7 +283,6 @@ protected:
     GtkWidget* m_window = nullptr;
     GtkWidget* m_area = nullptr;
     int m_snapshots = 0;
-    std::string m_item;
     // The topic the renderer notices when the pond is clicked in its middle.
     std::string m_lotus = topic;
 
