@@ -143,7 +143,7 @@ TEST_F(PracticeCoordinatorTest, FailedLoad_ShowsTheLocalizedErrorAndBlocksEveryC
     EXPECT_EQ(coordinator().page().get(), "settings");
 }
 
-TEST_F(PracticeCoordinatorTest, Change_SavesBeforeItPublishesAndThenRefreshes)
+TEST_F(PracticeCoordinatorTest, ChangeAndNotice_SaveBeforeTheyPublishThenRefreshAndCountTheUsersLocalDay)
 {
     loadOnboarded();
     coordinator().setErrorText("an earlier error");
@@ -159,6 +159,11 @@ TEST_F(PracticeCoordinatorTest, Change_SavesBeforeItPublishesAndThenRefreshes)
     EXPECT_EQ(m_snapshots.size(), 2U);
     EXPECT_EQ(m_reminders->scheduled.size(), 2U);
     EXPECT_FALSE(m_reminders->scheduled.back().state.bellSoundEnabled);
+
+    // 22:30 UTC on the 14th is already the 15th in Helsinki.
+    EXPECT_TRUE(coordinator().notice("phone"));
+    EXPECT_EQ(coordinator().state().get().lotuses.at("phone"), LotusProgress(1, "2025-03-15", 1));
+    EXPECT_EQ(coordinator().state().get().practiceDays, PracticeState::StringSet{"2025-03-15"});
 }
 
 TEST_F(PracticeCoordinatorTest, FailedChange_KeepsStateAndFileShowsSaveErrorAndOpensThePanelOnce)
@@ -176,14 +181,6 @@ TEST_F(PracticeCoordinatorTest, FailedChange_KeepsStateAndFileShowsSaveErrorAndO
     EXPECT_FALSE(coordinator().change([](PracticeState state) { state.reminderMinute = 60; return state; }));
     EXPECT_EQ(m_panelOpened, 2);
     EXPECT_EQ(fileBytes(url()), saved);
-}
-
-TEST_F(PracticeCoordinatorTest, Notice_CountsForTheUsersLocalDay)
-{
-    loadOnboarded();
-    EXPECT_TRUE(coordinator().notice("phone"));
-    EXPECT_EQ(coordinator().state().get().lotuses.at("phone"), LotusProgress(1, "2025-03-15", 1));
-    EXPECT_EQ(coordinator().state().get().practiceDays, PracticeState::StringSet{"2025-03-15"});
 }
 
 TEST_F(PracticeCoordinatorTest, Select_FollowsTheOnboardingFlow)

@@ -162,7 +162,7 @@ TEST_F(ReminderSchedulerTest, FailedAdd_MakesTheNextPassReplaceEverything)
     EXPECT_EQ(identifiers(m_center->pendingRequests()), sevenRequests());
 }
 
-TEST_F(ReminderSchedulerTest, Click_CompletesThePlatformFirstThenOpensOnTheMainThread)
+TEST_F(ReminderSchedulerTest, ClickAndPermissionAnswer_ReachTheirCallbacksOnlyOnTheMainThread)
 {
     scheduleAndSettle(remindAt(20, 0));
     m_center->setNow(utc(2025, 3, 10, 19, 1));
@@ -174,10 +174,8 @@ TEST_F(ReminderSchedulerTest, Click_CompletesThePlatformFirstThenOpensOnTheMainT
     EXPECT_EQ(m_opened, 0) << "not before the main thread runs";
     m_mainThread->runPending();
     EXPECT_EQ(m_opened, 1);
-}
 
-TEST_F(ReminderSchedulerTest, Request_AnswersOnTheMainThread)
-{
+    // The answer to a permission request hops the same way.
     m_center->setAuthorizationStatus(Status::notDetermined);
     m_center->setPromptAnswer(HeadlessNotificationCenter::PromptAnswer::deny);
     std::vector<bool> granted;
