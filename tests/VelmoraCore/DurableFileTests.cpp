@@ -41,26 +41,22 @@ TEST_F(DurableFileTest, Write_ReplacesASymbolicLinkInsteadOfFollowingIt)
     EXPECT_EQ(fileBytes(elsewhere), "not ours");
 }
 
-TEST_F(DurableFileTest, Write_RemovesTemporariesOfWritersThatDied)
+TEST_F(DurableFileTest, Write_RemovesTemporariesOfWritersThatDiedButNotOfLiveOnes)
 {
     const fs::path first = abandonedTemporary("a1B2c3");
     const fs::path second = abandonedTemporary("zzzzzz");
     const fs::path unrelated = m_folder / ".practice.json.backup-of-mine";
     writeFileBytes(unrelated, "keep");
-    DurableFile::write(target(), "new");
-    EXPECT_FALSE(fs::exists(first));
-    EXPECT_FALSE(fs::exists(second));
-    EXPECT_TRUE(fs::exists(unrelated)) << "only names of our own temporaries are touched";
-}
-
-TEST_F(DurableFileTest, Write_LeavesATemporaryThatALiveWriterHolds)
-{
     const fs::path inFlight = abandonedTemporary("Live01");
     const int descriptor = ::open(inFlight.c_str(), O_RDONLY | O_CLOEXEC);
     ASSERT_GE(descriptor, 0);
     ASSERT_EQ(::flock(descriptor, LOCK_EX), 0);
+
     DurableFile::write(target(), "new");
-    EXPECT_TRUE(fs::exists(inFlight));
+    EXPECT_FALSE(fs::exists(first));
+    EXPECT_FALSE(fs::exists(second));
+    EXPECT_TRUE(fs::exists(unrelated)) << "only names of our own temporaries are touched";
+    EXPECT_TRUE(fs::exists(inFlight)) << "a live writer still holds it";
     ::close(descriptor);
     DurableFile::write(target(), "newer");
     EXPECT_FALSE(fs::exists(inFlight));

@@ -85,15 +85,11 @@ TEST(PracticeStateGrowth, Notice_GrowsByOneAndFoldsInTheDecaySinceTheLastNoticin
     EXPECT_NO_THROW(state.validated());
 }
 
-TEST(PracticeStateGrowth, Notice_KeepsAFullLotusFullAndStillCountsTheMoment)
+TEST(PracticeStateGrowth, Notice_KeepsAFullLotusFullAndRefusesToOverflowTheMomentCounter)
 {
-    const PracticeState state = withLotus(LotusProgress(40, "2025-03-01", 14));
-    const PracticeState noticed = state.notice("phone", utc(2025, 3, 2), UserCalendar::utc());
-    EXPECT_EQ(noticed.lotuses.at("phone"), (LotusProgress(41, "2025-03-02", 14)));
-}
+    const PracticeState fullGrown = withLotus(LotusProgress(40, "2025-03-01", 14));
+    EXPECT_EQ(fullGrown.notice("phone", utc(2025, 3, 2), UserCalendar::utc()).lotuses.at("phone"), (LotusProgress(41, "2025-03-02", 14)));
 
-TEST(PracticeStateGrowth, Notice_RefusesToOverflowTheMomentCounter)
-{
     constexpr std::int64_t largest = std::numeric_limits<std::int64_t>::max();
     const PracticeState full = withLotus(LotusProgress(largest, "2025-01-01", 14));
     expectPracticeError([&] { (void)full.notice("phone", utc(2025, 1, 2), UserCalendar::utc()); }, PracticeError::invalidData);
