@@ -310,8 +310,8 @@ TEST_F(PanelWidgetTest, Settings_ShowTheirTextsSaveAtOnceAndKeepTheReadersPlace)
     stored.reminderEnabled = true;
     stored.reminderHour = 20;
     stored.reminderMinute = 0;
-    // The day Helsinki's clocks go forward at 03:00: a time picked before
-    // the change lies an hour away from where the shown 20:00 counts it.
+    // The day Helsinki's clocks go forward at 03:00: 03:15 does not occur
+    // that day, and it is still the time the user picks for every day.
     m_system->setNow(test::utc(2025, 3, 30, 9, 0));
     show(stored);
     expectShowsBody("settings");
@@ -337,15 +337,15 @@ TEST_F(PanelWidgetTest, Settings_ShowTheirTextsSaveAtOnceAndKeepTheReadersPlace)
     auto* hour = GTK_SPIN_BUTTON(named(root(), "reminder.hour"));
     ASSERT_NE(hour, nullptr);
     ASSERT_TRUE(gtk_widget_is_sensitive(GTK_WIDGET(hour)));
-    gtk_spin_button_set_value(hour, 1);
+    gtk_spin_button_set_value(hour, 3);
     settle();
     auto* minute = GTK_SPIN_BUTTON(named(root(), "reminder.minute"));
     ASSERT_NE(minute, nullptr);
-    gtk_spin_button_set_value(minute, 45);
+    gtk_spin_button_set_value(minute, 15);
     settle();
-    EXPECT_EQ(savedState().reminderHour, 1);
-    EXPECT_EQ(savedState().reminderMinute, 45);
-    EXPECT_STREQ(gtk_entry_get_text(GTK_ENTRY(named(root(), "reminder.hour"))), "01");
+    EXPECT_EQ(savedState().reminderHour, 3);
+    EXPECT_EQ(savedState().reminderMinute, 15);
+    EXPECT_STREQ(gtk_entry_get_text(GTK_ENTRY(named(root(), "reminder.hour"))), "03");
 
     // The pages the settings lead to; another page starts at its top.
     click(buttonShowing(root(), text("guide")));
