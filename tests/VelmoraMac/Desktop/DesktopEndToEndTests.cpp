@@ -382,7 +382,7 @@ TEST_F(DesktopEndToEnd, Onboarding_ClickedThroughThePanel_EndsInAPondWithLotuses
     start();
     ASSERT_TRUE(iterateUntil([&] { return panelWindow() != nullptr; }));
     settle();
-    screenshot(panelWindow(), "welcome");
+    screenshot(panelWindow(), "onboarding-welcome");
 
     std::vector<std::string> chosen;
     bool loginSwitched = false;
