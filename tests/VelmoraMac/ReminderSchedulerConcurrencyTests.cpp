@@ -135,7 +135,7 @@ TEST_F(ReminderSchedulerTest, AuthorizationStatus_DecidesDenialAndWhetherAnythin
     }
 }
 
-TEST_F(ReminderSchedulerTest, StaleAnswers_DoNothingAtAll)
+TEST_F(ReminderSchedulerTest, StaleAnswersAndAnswersForAGoneScheduler_DoNothingAtAll)
 {
     m_center->holdAnswers();
     m_scheduler->schedule(remindAt(7, 0), "velmora", "first");
@@ -149,6 +149,16 @@ TEST_F(ReminderSchedulerTest, StaleAnswers_DoNothingAtAll)
     ASSERT_EQ(pending.size(), 7U);
     EXPECT_EQ(pending[0].body, "second");
     EXPECT_EQ(pending[0].trigger.hour, 21);
+
+    // Answers that arrive after the scheduler is gone are dropped.
+    m_center->holdAnswers();
+    m_scheduler->schedule(remindAt(20, 0), "velmora", "third");
+    m_scheduler.reset();
+    m_center->releaseAnswers();
+    settle();
+    EXPECT_EQ(m_denials, std::vector<bool>{false});
+    ASSERT_EQ(m_center->pendingRequests().size(), 7U);
+    EXPECT_EQ(m_center->pendingRequests()[0].body, "second");
 }
 
 TEST_F(ReminderSchedulerTest, FailedAdd_MakesTheNextPassReplaceEverything)
@@ -187,17 +197,6 @@ TEST_F(ReminderSchedulerTest, ClickAndPermissionAnswer_ReachTheirCallbacksOnlyOn
     EXPECT_TRUE(granted.empty());
     m_mainThread->runPending();
     EXPECT_EQ(granted, std::vector<bool>{false});
-}
-
-TEST_F(ReminderSchedulerTest, AnswersForAGoneScheduler_AreDropped)
-{
-    m_center->holdAnswers();
-    m_scheduler->schedule(remindAt(20, 0), "velmora", "body");
-    m_scheduler.reset();
-    m_center->releaseAnswers();
-    settle();
-    EXPECT_TRUE(m_denials.empty());
-    EXPECT_TRUE(m_center->pendingRequests().empty());
 }
 
 } // namespace
