@@ -35,10 +35,15 @@ std::int64_t decayedGrowth(const LotusProgress& lotus, std::optional<Instant> to
 
 std::int64_t PracticeState::growthMoments(std::string_view topicID, Instant date, const UserCalendar& calendar) const
 {
+    return growthMoments(topicID, dayKey(date, calendar));
+}
+
+std::int64_t PracticeState::growthMoments(std::string_view topicID, std::string_view todayKey) const
+{
     const auto lotus = lotuses.find(topicID);
     if (lotus == lotuses.end())
         return 0;
-    return decayedGrowth(lotus->second, parseDay(dayKey(date, calendar)));
+    return decayedGrowth(lotus->second, parseDay(todayKey));
 }
 
 // NOLINTNEXTLINE(readability-convert-member-functions-to-static): a rule of the record, kept beside its siblings

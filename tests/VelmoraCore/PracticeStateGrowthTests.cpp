@@ -1,4 +1,5 @@
 #include <limits>
+#include <string>
 
 #include <gtest/gtest.h>
 
@@ -43,8 +44,12 @@ TEST(PracticeStateGrowth, GrowthMoments_DecaysOnePerIdleDayAfterOneDayOfGrace)
         {"growth counter above moments is kept", LotusProgress(1, "2025-03-01", 9), utc(2025, 3, 1), 9},
         {"negative counter reads zero", LotusProgress(-3), utc(2025, 3, 1), 0},
     };
-    for (const GrowthCase& c : cases)
-        EXPECT_EQ(withLotus(c.lotus).growthMoments("phone", c.readOn, UserCalendar::utc()), c.expected) << c.name;
+    for (const GrowthCase& c : cases) {
+        const PracticeState state = withLotus(c.lotus);
+        EXPECT_EQ(state.growthMoments("phone", c.readOn, UserCalendar::utc()), c.expected) << c.name;
+        const std::string today = PracticeState::dayKey(c.readOn, UserCalendar::utc());
+        EXPECT_EQ(state.growthMoments("phone", today), c.expected) << c.name << ", by day key";
+    }
 }
 
 TEST(PracticeStateGrowth, GrowthAndNotice_CountDaysInTheCallersZone)
