@@ -1,16 +1,18 @@
-// Day keys, week keys and the parsing of day keys, all reckoned by ICU.
+// Day keys and week keys, reckoned by ICU in the user's zone, and the
+// parsing of day keys, by plain arithmetic: it runs for every practice day
+// at every save.
 
-#include <algorithm>
 #include <array>
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
-#include <memory>
+#include <optional>
 #include <stdexcept>
+#include <string>
+#include <string_view>
 
 #include <unicode/gregocal.h>
 #include <unicode/locid.h>
-#include <unicode/smpdtfmt.h>
-#include <unicode/unistr.h>
 
 #include "PracticeState.h"
 
@@ -86,47 +88,10 @@ std::string dayKeyOfFields(icu::Calendar& gregorian)
     return key.data();
 }
 
-// The fixed "yyyy-MM-dd" format in UTC that day keys are checked against.
-class DayKeyFormat {
-public:
-    DayKeyFormat()
-    {
-        UErrorCode status = U_ZERO_ERROR;
-        const icu::Locale posix("en_US_POSIX");
-        m_format = std::make_unique<icu::SimpleDateFormat>(icu::UnicodeString(u"yyyy-MM-dd"), posix, status);
-        checkICU(status, "creating the day-key format");
-        m_format->adoptCalendar(new icu::GregorianCalendar(*icu::TimeZone::getGMT(), posix, status));
-        checkICU(status, "creating the day-key calendar");
-        m_format->setLenient(false);
-    }
-
-    std::optional<Instant> parse(std::string_view key)
-    {
-        const auto text = icu::UnicodeString::fromUTF8(icu::StringPiece(key.data(), static_cast<int32_t>(key.size())));
-        UErrorCode status = U_ZERO_ERROR;
-        const UDate parsed = m_format->parse(text, status);
-        if (U_FAILURE(status))
-            return std::nullopt;
-        // A day the parser normalised (such as the 30th of February), or any
-        // other text that does not reproduce itself, is not a day key.
-        icu::UnicodeString formatted;
-        m_format->format(parsed, formatted);
-        std::string reformatted;
-        formatted.toUTF8String(reformatted);
-        if (reformatted != key)
-            return std::nullopt;
-        return Instant(std::chrono::milliseconds(static_cast<std::int64_t>(parsed)));
-    }
-
-private:
-    std::unique_ptr<icu::SimpleDateFormat> m_format;
-};
-
 bool hasDayKeyShape(std::string_view key)
 {
-    // The formatter only ever writes four digits, a hyphen, two digits, a
-    // hyphen and two digits, so anything else cannot reproduce itself; this
-    // spares ICU the obvious rejections without changing what is accepted.
+    if (key.size() != dayKeyLength)
+        return false;
     for (std::size_t i = 0; i < dayKeyLength; ++i) {
         const bool hyphen = i == 4 || i == 7;
         const char c = key[i];
@@ -134,6 +99,50 @@ bool hasDayKeyShape(std::string_view key)
             return false;
     }
     return true;
+}
+
+int digitsAt(std::string_view key, std::size_t from, std::size_t count)
+{
+    int value = 0;
+    for (std::size_t i = from; i < from + count; ++i)
+        value = value * 10 + (key[i] - '0');
+    return value;
+}
+
+// Day keys follow the calendar that day keys have always been checked
+// against: the Gregorian calendar from 15 October 1582, the Julian calendar
+// before it (with its leap years every four years), no year 0, and the ten
+// days the reform skipped do not exist.
+constexpr int reformYear = 1582;
+constexpr int reformMonth = 10;
+constexpr int firstGregorianDay = 15;
+constexpr int firstSkippedDay = 5;
+
+bool beforeReform(int year, int month, int day)
+{
+    if (year != reformYear)
+        return year < reformYear;
+    return month < reformMonth || (month == reformMonth && day < firstGregorianDay);
+}
+
+int monthLength(int year, int month)
+{
+    static constexpr std::array<int, 12> lengths = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    const bool leap = year < reformYear ? year % 4 == 0 : (year % 4 == 0 && (year % 100 != 0 || year % 400 == 0));
+    return lengths.at(static_cast<std::size_t>(month - 1)) + (month == 2 && leap ? 1 : 0);
+}
+
+// Days from 1970-01-01 to a Julian calendar date, through its Julian day
+// number; all intermediate values are positive, so the divisions truncate
+// as the formula needs.
+std::int64_t julianDaysSinceEpoch(int year, int month, int day)
+{
+    constexpr std::int64_t epochJulianDayNumber = 2440588;
+    const int beforeMarch = (14 - month) / 12;
+    const std::int64_t years = year + 4800 - beforeMarch;
+    const std::int64_t monthsFromMarch = month + (12 * beforeMarch) - 3;
+    const std::int64_t julianDayNumber = day + (((153 * monthsFromMarch) + 2) / 5) + (365 * years) + (years / 4) - 32083;
+    return julianDayNumber - epochJulianDayNumber;
 }
 
 } // namespace
@@ -170,63 +179,23 @@ std::string PracticeState::weekKey(Instant date, const UserCalendar& calendar)
     return dayKeyOfFields(dates);
 }
 
-namespace {
-
-// Remembers ICU's verdicts on recently seen day keys. Validating a state
-// parses every practice day again, a few microseconds each through ICU,
-// although almost all of them were checked at the previous save; the
-// verdict depends on nothing but the text (UTC, fixed pattern), so a
-// remembered one is exactly what ICU would answer again. Direct-mapped
-// and fixed in size: no allocation, a collision only costs a parse.
-class DayKeyVerdicts {
-public:
-    std::optional<Instant> parse(std::string_view key)
-    {
-        Slot& slot = m_slots.at(slotOf(key));
-        if (slot.filled && std::string_view(slot.key.data(), slot.key.size()) == key)
-            return slot.verdict;
-        slot.verdict = m_format.parse(key);
-        std::copy(key.begin(), key.end(), slot.key.begin());
-        slot.filled = true;
-        return slot.verdict;
-    }
-
-private:
-    static constexpr std::size_t slotCount = 4096;
-
-    struct Slot {
-        std::array<char, dayKeyLength> key{};
-        std::optional<Instant> verdict;
-        bool filled = false;
-    };
-
-    // Keys of the day-key shape numbered in calendar order, so that any run
-    // of consecutive days shorter than the table (eleven years) lands in
-    // distinct slots.
-    static std::size_t slotOf(std::string_view key)
-    {
-        const auto digits = [key](std::size_t from, std::size_t count) {
-            std::size_t value = 0;
-            for (std::size_t i = from; i < from + count; ++i)
-                value = value * 10 + static_cast<std::size_t>(key[i] - '0');
-            return value;
-        };
-        return (digits(0, 4) * 372 + digits(5, 2) * 31 + digits(8, 2)) % slotCount;
-    }
-
-    DayKeyFormat m_format;
-    std::array<Slot, slotCount> m_slots{};
-};
-
-} // namespace
-
 std::optional<Instant> PracticeState::parseDay(std::string_view key)
 {
-    if (key.size() != dayKeyLength || !hasDayKeyShape(key))
+    if (!hasDayKeyShape(key))
         return std::nullopt;
-    // Per thread: ICU formatters must not be shared between threads.
-    thread_local DayKeyVerdicts verdicts;
-    return verdicts.parse(key);
+    const int year = digitsAt(key, 0, 4);
+    const int month = digitsAt(key, 5, 2);
+    const int day = digitsAt(key, 8, 2);
+    if (year < 1 || month < 1 || month > 12 || day < 1 || day > monthLength(year, month))
+        return std::nullopt;
+    if (year == reformYear && month == reformMonth && day >= firstSkippedDay && day < firstGregorianDay)
+        return std::nullopt;
+    const std::int64_t days = beforeReform(year, month, day)
+        ? julianDaysSinceEpoch(year, month, day)
+        : std::chrono::sys_days(std::chrono::year(year) / std::chrono::month(static_cast<unsigned>(month)) / std::chrono::day(static_cast<unsigned>(day)))
+              .time_since_epoch()
+              .count();
+    return Instant(std::chrono::days(days));
 }
 
 } // namespace velmora
