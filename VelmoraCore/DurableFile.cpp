@@ -1,11 +1,15 @@
 #include "DurableFile.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
+
+#include "FileError.h"
 
 namespace velmora {
 
@@ -57,7 +61,17 @@ public:
         : m_calls(calls)
         , m_path(std::move(path))
         , m_descriptor(descriptor)
+        , m_lock(::dup(descriptor))
     {
+        // Marks the temporary as in use for removeAbandonedTemporaries(),
+        // through a descriptor of its own: the data descriptor is closed
+        // (and its close checked) before the rename, and a lock lives as
+        // long as any descriptor of the open file, so the temporary stays
+        // locked until it has its final name. Without the lock another
+        // writer's sweep may remove it, and then our rename fails cleanly,
+        // so a failure here is not worth failing the write for.
+        if (m_lock.get() >= 0)
+            ::flock(m_lock.get(), LOCK_EX | LOCK_NB);
     }
     Temporary(const Temporary&) = delete;
     Temporary& operator=(const Temporary&) = delete;
@@ -103,28 +117,10 @@ private:
     FileSystemCalls& m_calls;
     std::string m_path;
     int m_descriptor;
+    // Released last, after the rename or the removal.
+    ScopedDescriptor m_lock;
     bool m_renamed = false;
 };
-
-// Removes temporaries left by writers that were killed. A live writer holds
-// an exclusive lock on its temporary, so a temporary that can be locked has
-// no writer any more.
-void removeAbandonedTemporaries(const fs::path& target, FileSystemCalls& calls)
-{
-    const fs::path folder = folderOf(target);
-    const std::string prefix = DurableFile::temporaryPrefix(target);
-    // Errors only end the tidying: a folder that cannot be listed is reported
-    // by the write itself if it matters, and a leftover only costs a few bytes.
-    std::error_code error;
-    for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
-        const std::string name = entry->path().filename().string();
-        if (name.size() != prefix.size() + uniqueSuffix.size() || !name.starts_with(prefix))
-            continue;
-        const ScopedDescriptor leftover(::open(entry->path().c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-        if (leftover.get() >= 0 && ::flock(leftover.get(), LOCK_EX | LOCK_NB) == 0)
-            calls.unlink(entry->path().c_str()); // Best effort, as above.
-    }
-}
 
 } // namespace
 
@@ -148,17 +144,31 @@ bool DurableFile::exists(const fs::path& path)
     fail("look for file", path, errno);
 }
 
-std::string DurableFile::read(const fs::path& path)
+std::string DurableFile::read(const fs::path& path, std::uintmax_t sizeLimit)
 {
-    const ScopedDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    // Non-blocking, so that opening a FIFO does not wait for a writer; it
+    // changes nothing for a regular file.
+    const ScopedDescriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     if (file.get() < 0)
         fail("open file", path, errno);
+    struct stat status { };
+    if (::fstat(file.get(), &status) != 0)
+        fail("look at file", path, errno);
+    if (!S_ISREG(status.st_mode))
+        throw fs::filesystem_error("read file", path, make_error_code(FileError::notRegularFile));
+    if (static_cast<std::uintmax_t>(status.st_size) > sizeLimit)
+        fail("read file", path, EFBIG);
+
+    // The size is only a hint: the file may change while it is read. One
+    // byte more than the limit tells a file that grew past it.
     std::string content;
-    constexpr std::size_t chunk = std::size_t{64} * 1024;
+    std::size_t capacity = static_cast<std::size_t>(status.st_size) + 1;
+    const auto ceiling = static_cast<std::size_t>(std::min<std::uintmax_t>(sizeLimit, SIZE_MAX - 1)) + 1;
     for (;;) {
+        capacity = std::min(std::max(capacity, content.size() + 1), ceiling);
         const std::size_t used = content.size();
-        content.resize(used + chunk);
-        const ssize_t count = ::read(file.get(), content.data() + used, chunk);
+        content.resize(capacity);
+        const ssize_t count = ::read(file.get(), content.data() + used, capacity - used);
         if (count < 0) {
             content.resize(used);
             if (errno == EINTR)
@@ -166,8 +176,12 @@ std::string DurableFile::read(const fs::path& path)
             fail("read file", path, errno);
         }
         content.resize(used + static_cast<std::size_t>(count));
+        if (content.size() > sizeLimit)
+            fail("read file", path, EFBIG);
         if (count == 0)
             return content;
+        if (content.size() == capacity)
+            capacity *= 2;
     }
 }
 
@@ -187,19 +201,32 @@ void DurableFile::createFolders(const fs::path& folder, FileSystemCalls& calls)
     }
 }
 
+void DurableFile::removeAbandonedTemporaries(const fs::path& target, FileSystemCalls& calls)
+{
+    const fs::path folder = folderOf(target);
+    const std::string prefix = temporaryPrefix(target);
+    // Errors only end the tidying: a folder that cannot be listed is reported
+    // by the write itself if it matters, and a leftover only costs a few bytes.
+    std::error_code error;
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
+        const std::string name = entry->path().filename().string();
+        if (name.size() != prefix.size() + uniqueSuffix.size() || !name.starts_with(prefix))
+            continue;
+        // A live writer holds a lock on its temporary until it is renamed,
+        // so one that can be locked has no writer any more.
+        const ScopedDescriptor leftover(::open(entry->path().c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+        if (leftover.get() >= 0 && ::flock(leftover.get(), LOCK_EX | LOCK_NB) == 0)
+            calls.unlink(entry->path().c_str()); // Best effort, as above.
+    }
+}
+
 void DurableFile::write(const fs::path& target, std::string_view bytes, FileSystemCalls& calls)
 {
-    removeAbandonedTemporaries(target, calls);
-
     std::string pathTemplate = (folderOf(target) / (temporaryPrefix(target) + std::string(uniqueSuffix))).string();
     const int descriptor = calls.createUniqueFile(pathTemplate.data());
     if (descriptor < 0)
         fail("create temporary file", pathTemplate, errno);
     Temporary temporary(calls, pathTemplate, descriptor);
-    // Marks the temporary as in use for removeAbandonedTemporaries(). Without
-    // the lock another writer may remove it, and then our rename fails
-    // cleanly, so a failure here is not worth failing the write for.
-    ::flock(temporary.descriptor(), LOCK_EX | LOCK_NB);
 
     temporary.writeAll(bytes);
     if (calls.fsync(temporary.descriptor()) != 0)

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
+#include <limits>
 #include <string>
 #include <string_view>
 
@@ -19,15 +21,18 @@ namespace velmora {
 //    rename so that the new name itself survives a power cut.
 //  - On any failure the target is untouched and the temporary is removed.
 //  - The temporary is created exclusively with mode 0600 and named
-//    ".<target name>.XXXXXX", so a leftover is recognisable. Leftovers of
-//    writers that were killed are removed by later writes; a temporary that
-//    a live writer still holds is left alone.
+//    ".<target name>.XXXXXX", so a leftover is recognisable. It stays locked
+//    (flock) until it has been renamed, so removeAbandonedTemporaries() can
+//    tell a leftover of a writer that was killed from a live writer's.
 //
 // Caveats:
 //  - A symbolic link at the target is replaced by the rename, not followed.
 //  - A failure to flush the folder after the rename is not reported: the new
 //    file is already in place, and some file systems cannot flush a folder.
-//  - Not for concurrent writers of one target: the last rename wins.
+//  - Not for concurrent writers of one target: the last rename wins. Who
+//    may write is for the caller to settle (see FolderLock).
+//  - write() neither makes the folder nor tidies it; callers do that once
+//    (createFolders(), removeAbandonedTemporaries()), not on every write.
 //
 // Failures are std::filesystem::filesystem_error, naming the operation, the
 // path and the system's reason.
@@ -35,8 +40,12 @@ class DurableFile {
 public:
     DurableFile() = delete;
 
-    // The whole content of the file at `path`.
-    static std::string read(const std::filesystem::path& path);
+    // The whole content of the regular file at `path` (a symbolic link to
+    // one is followed). Anything else (a FIFO, a device, a socket, a folder)
+    // fails at once with FileError::notRegularFile, without blocking or
+    // reading, and a file of more than `sizeLimit` bytes with
+    // std::errc::file_too_large, without reading past the limit.
+    static std::string read(const std::filesystem::path& path, std::uintmax_t sizeLimit = std::numeric_limits<std::uintmax_t>::max());
 
     // Whether something exists at `path` (following symbolic links). Throws
     // when the answer cannot be known, such as for a folder it may not search.
@@ -47,6 +56,10 @@ public:
     static void createFolders(const std::filesystem::path& folder, FileSystemCalls& calls = FileSystemCalls::system());
 
     static void write(const std::filesystem::path& target, std::string_view bytes, FileSystemCalls& calls = FileSystemCalls::system());
+
+    // Removes the temporaries of `target` that no live writer holds: those
+    // of writers that were killed. Best effort; never fails.
+    static void removeAbandonedTemporaries(const std::filesystem::path& target, FileSystemCalls& calls = FileSystemCalls::system());
 
     // The prefix shared by every temporary file of `target`.
     static std::string temporaryPrefix(const std::filesystem::path& target);

@@ -1,5 +1,8 @@
 #include "PracticeStore.h"
 
+#include <cerrno>
+#include <system_error>
+
 #include "DurableFile.h"
 #include "PracticeError.h"
 
@@ -11,27 +14,51 @@ PracticeStore::PracticeStore(std::filesystem::path url, FileSystemCalls& calls)
 {
 }
 
-PracticeState PracticeStore::load()
+std::shared_ptr<const PracticeState> PracticeStore::load()
 {
     m_state.reset();
-    PracticeState loaded;
+    auto loaded = std::make_shared<PracticeState>();
     if (DurableFile::exists(m_url))
-        loaded = PracticeState::fromJSON(DurableFile::read(m_url)).validated();
+        *loaded = PracticeState::fromJSON(DurableFile::read(m_url, sizeLimit));
+    loaded->validated();
     m_state = std::move(loaded);
-    return *m_state;
+    return m_state;
 }
 
-PracticeState PracticeStore::update(const Change& change)
+void PracticeStore::prepareFolder()
+{
+    if (m_folderPrepared)
+        return;
+    DurableFile::createFolders(m_url.parent_path(), m_calls);
+    DurableFile::removeAbandonedTemporaries(m_url, m_calls);
+    m_folderPrepared = true;
+}
+
+std::shared_ptr<const PracticeState> PracticeStore::update(const Change& change, const WhileWriting& whileWriting)
 {
     if (!m_state)
         throw PracticeError(PracticeError::notLoaded);
-    PracticeState changed = change(*m_state);
-    changed.validated();
-    const std::string bytes = changed.toJSON();
-    DurableFile::createFolders(m_url.parent_path(), m_calls);
-    DurableFile::write(m_url, bytes, m_calls);
+    auto changed = std::make_shared<const PracticeState>(change(*m_state));
+    changed->validated();
+    const std::string bytes = changed->toJSON();
+    if (bytes.size() > sizeLimit)
+        throw std::filesystem::filesystem_error("write file", m_url, std::make_error_code(std::errc::file_too_large));
+    if (whileWriting)
+        whileWriting(*changed);
+    try {
+        prepareFolder();
+        DurableFile::write(m_url, bytes, m_calls);
+    } catch (const std::filesystem::filesystem_error& error) {
+        m_folderPrepared = false;
+        if (error.code() != std::errc::no_such_file_or_directory)
+            throw;
+        // The folder was removed while we ran (by the user, say): made
+        // again, it takes the write as if nothing had happened.
+        prepareFolder();
+        DurableFile::write(m_url, bytes, m_calls);
+    }
     m_state = std::move(changed);
-    return *m_state;
+    return m_state;
 }
 
 } // namespace velmora

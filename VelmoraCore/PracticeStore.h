@@ -1,8 +1,9 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
-#include <optional>
+#include <memory>
 
 #include "FileSystemCalls.h"
 #include "PracticeState.h"
@@ -17,10 +18,24 @@ namespace velmora {
 // repaired, replaced or deleted); a failed update() leaves both the held
 // state and the file as they were. Every update() that returns is on disk.
 //
-// Main thread only; no locking.
+// The held state is shared, never copied: callers keep the pointer they are
+// given, and a change makes exactly one new state.
+//
+// Only regular files of at most sizeLimit bytes are read, and nothing larger
+// is written, so every file the store writes loads again. A century of daily
+// practice takes about half a megabyte.
+//
+// The store does not settle who may write; one process per folder should
+// (FolderLock). Main thread only; no locking.
 class PracticeStore {
 public:
-    using Change = std::function<PracticeState(PracticeState)>;
+    using Change = std::function<PracticeState(const PracticeState&)>;
+    // Called with the validated new state while its write is under way,
+    // before it is in place: a caller may prepare what it will publish, but
+    // must not publish it until update() has returned.
+    using WhileWriting = std::function<void(const PracticeState& upcoming)>;
+
+    static constexpr std::uintmax_t sizeLimit = std::uintmax_t{4} * 1024 * 1024;
 
     // Touches no file. `calls` lets tests fail single steps of a write.
     explicit PracticeStore(std::filesystem::path url, FileSystemCalls& calls = FileSystemCalls::system());
@@ -31,25 +46,32 @@ public:
     PracticeStore& operator=(PracticeStore&&) = delete;
     ~PracticeStore() = default;
 
-    // The last state loaded or saved; none before a successful load().
-    [[nodiscard]] const std::optional<PracticeState>& state() const { return m_state; }
+    // The last state loaded or saved; null before a successful load().
+    [[nodiscard]] const std::shared_ptr<const PracticeState>& state() const { return m_state; }
 
     // Reads the file, or gives the default state when there is none (without
-    // creating it). Throws the file system's error, the JSON library's
-    // decoding error, or PracticeError::invalidData; the store is unloaded
-    // afterwards.
-    PracticeState load();
+    // creating it). Throws the file system's error (FileError::notRegularFile
+    // for anything but a regular file, std::errc::file_too_large past
+    // sizeLimit), the JSON library's decoding error, or
+    // PracticeError::invalidData; the store is unloaded afterwards.
+    std::shared_ptr<const PracticeState> load();
 
-    // Applies `change` to a copy of the held state, validates the result,
-    // writes it durably and only then holds it. Throws
-    // PracticeError::notLoaded (without calling `change`), whatever `change`
-    // throws, PracticeError::invalidData, or an encoding or file-system error.
-    PracticeState update(const Change& change);
+    // Applies `change` to the held state, validates the result, writes it
+    // durably and only then holds it. Throws PracticeError::notLoaded
+    // (without calling `change`), whatever `change` throws,
+    // PracticeError::invalidData, std::errc::file_too_large for a state
+    // whose file would pass sizeLimit, or an encoding or file-system error.
+    // The folder is made, and leftovers of killed writers removed, on the
+    // first write and again when it has gone away, not on every write.
+    std::shared_ptr<const PracticeState> update(const Change& change, const WhileWriting& whileWriting = {});
 
 private:
+    void prepareFolder();
+
     std::filesystem::path m_url;
     FileSystemCalls& m_calls;
-    std::optional<PracticeState> m_state;
+    std::shared_ptr<const PracticeState> m_state;
+    bool m_folderPrepared = false;
 };
 
 } // namespace velmora

@@ -15,7 +15,7 @@ using Tables = std::map<std::string, Table, std::less<>>;
 // The texts built into the library: those that must show even when the
 // content resource cannot be loaded (the start-up alert) and those that
 // belong to the shell rather than to the practice content. Six tables, "en",
-// "ru", "fr", "es", "pt" and "hi", each holding the same fourteen keys, so a
+// "ru", "fr", "es", "pt" and "hi", each holding the same sixteen keys, so a
 // lookup of one of them in an existing table never misses. There is no table
 // for "pi"; Pāli readers get English here. Built once, on first use.
 const Tables& values();

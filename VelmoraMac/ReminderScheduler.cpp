@@ -41,14 +41,14 @@ void ReminderScheduler::becomeClickHandler()
     });
 }
 
-void ReminderScheduler::schedule(const PracticeState& state, const std::string& title, const std::string& body)
+void ReminderScheduler::schedule(std::shared_ptr<const PracticeState> state, const std::string& title, const std::string& body)
 {
     const std::int64_t expectedGeneration = ++m_generation;
     becomeClickHandler();
-    m_center->getAuthorizationStatus([weak = m_weakSelf.weak(), mainThread = m_mainThread, expectedGeneration, state, title, body](NotificationAuthorizationStatus status) {
+    m_center->getAuthorizationStatus([weak = m_weakSelf.weak(), mainThread = m_mainThread, expectedGeneration, state = std::move(state), title, body](NotificationAuthorizationStatus status) {
         hop(mainThread, [weak, expectedGeneration, state, title, body, status] {
             if (ReminderScheduler* self = WeakSelf<ReminderScheduler>::lock(weak))
-                self->applyPass(expectedGeneration, state, title, body, status);
+                self->applyPass(expectedGeneration, *state, title, body, status);
         });
     });
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "VelmoraCore/PracticeState.h"
@@ -30,8 +31,9 @@ public:
     [[nodiscard]] virtual const PermissionDeniedCallback& onPermissionDenied() const = 0;
     virtual void setOnPermissionDenied(PermissionDeniedCallback callback) = 0;
 
-    // Brings the pending daily reminders in line with `state`.
-    virtual void schedule(const PracticeState& state, const std::string& title, const std::string& body) = 0;
+    // Brings the pending daily reminders in line with `state`, which is
+    // shared rather than copied since the answer it waits for comes later.
+    virtual void schedule(std::shared_ptr<const PracticeState> state, const std::string& title, const std::string& body) = 0;
 
     // Asks the user for permission to post notifications with alert and
     // sound; the answer arrives on the main thread.

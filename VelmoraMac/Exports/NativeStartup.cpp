@@ -13,6 +13,8 @@
 #include <unistd.h>
 
 #include "StartupLocations.h"
+#include "VelmoraCore/DurableFile.h"
+#include "VelmoraCore/FolderLock.h"
 #include "VelmoraCore/PracticeError.h"
 #include "VelmoraCore/PracticeState.h"
 #include "VelmoraCore/PracticeStore.h"
@@ -50,6 +52,8 @@ struct ChosenPlatform {
     bool alertsUnseen = false;
     // Ends the work of a main thread of the library's own, for the exit.
     std::function<void()> stopMainThread;
+    // This process's claim on the data folder, held until it ends.
+    std::unique_ptr<FolderLock> ownership;
     // A reference of our own to the host: whatever happens to
     // MenuBarHost::current() at exit, the host is never destroyed, so no
     // destructor of its runs on the exiting thread or against a stopped main
@@ -86,7 +90,7 @@ std::unique_ptr<ChosenPlatform> newDesktopPlatform()
         std::exit(EXIT_SUCCESS); // NOLINT(concurrency-mt-unsafe)
     }
     // GTK's loop is the renderer's: nothing of ours to stop at exit.
-    return std::make_unique<ChosenPlatform>(ChosenPlatform{desktop->platform(), nullptr, desktop, false, {}, nullptr});
+    return std::make_unique<ChosenPlatform>(ChosenPlatform{desktop->platform(), nullptr, desktop, false, {}, nullptr, nullptr});
 }
 
 // The one place the platform is chosen: the desktop one in a process that
@@ -105,7 +109,7 @@ std::unique_ptr<ChosenPlatform> newPlatform()
         if (mainThread && !mainThread->isMainThread())
             mainThread->stop();
     };
-    return std::make_unique<ChosenPlatform>(ChosenPlatform{headless->platform(), headless, nullptr, true, stop, nullptr});
+    return std::make_unique<ChosenPlatform>(ChosenPlatform{headless->platform(), headless, nullptr, true, stop, nullptr, nullptr});
 }
 
 ChosenPlatform& platformOnce()
@@ -144,16 +148,25 @@ void writeToStandardError(const std::string& text)
     (void)!::write(STDERR_FILENO, text.data(), text.size());
 }
 
+// Why a start ends before the host exists: the keys of the alert's texts.
+struct EndOfStart {
+    const char* message;
+    const char* informativeText;
+};
+
+constexpr EndOfStart startupFailed{"startupError", "startupErrorBody"};
+constexpr EndOfStart folderOwnedElsewhere{"alreadyRunning", "alreadyRunningBody"};
+
 // Shows the start-up alert in the user's language and ends the process. The
-// built-in texts are used because the content, with every other text, is
-// what could not be had.
-[[noreturn]] void failStartup(const ChosenPlatform& platform) noexcept
+// built-in texts are used because the content, with every other text, may
+// be what could not be had.
+[[noreturn]] void endStart(const ChosenPlatform& platform, EndOfStart reason) noexcept
 {
     try {
         const std::string language = PracticeState::resolvedLanguage("system", platform.shell.systemEnvironment->preferredLanguages());
         const MacStrings::Table& texts = MacStrings::table(language);
-        const std::string& message = texts.at("startupError");
-        const std::string& informativeText = texts.at("startupErrorBody");
+        const std::string& message = texts.at(reason.message);
+        const std::string& informativeText = texts.at(reason.informativeText);
         const std::string& buttonTitle = texts.at("okay");
         if (platform.alertsUnseen)
             writeToStandardError(message + "\n" + informativeText + "\n" + buttonTitle + "\n");
@@ -182,9 +195,18 @@ void buildHost(ChosenPlatform& chosen, const NativeStartup::Sources& sources)
             throw PracticeError(PracticeError::invalidData);
         catalog = std::make_shared<const ContentCatalog>(*resource);
         stateFile = StartupLocations::stateFile(sources.applicationSupportDirectory());
+        // Claimed before anything reads the state file: a process that does
+        // not own the folder must not even build on what it read, since
+        // the owner may change the file at any moment.
+        DurableFile::createFolders(stateFile.parent_path());
+        chosen.ownership = FolderLock::tryAcquire(stateFile.parent_path());
     } catch (...) {
-        failStartup(chosen);
+        endStart(chosen, startupFailed);
     }
+    // Another process keeps this practice. Two keeping it at once would each
+    // rewrite the file from their own copy and lose the other's noticings.
+    if (!chosen.ownership)
+        endStart(chosen, folderOwnedElsewhere);
     const ShellPlatform& platform = chosen.shell;
     auto store = std::make_unique<PracticeStore>(stateFile);
     auto reminders = std::make_shared<ReminderScheduler>(platform.notificationCenter, platform.mainThread, platform.systemEnvironment);

@@ -37,8 +37,11 @@ public:
     // the content resource is missing or cannot be decoded, or the folder
     // for the state file cannot be had, shows the start-up alert in the
     // user's language and ends the process with a non-zero status, before
-    // anything reads or writes the state file. A failure after that throws;
-    // no host is set then, so a later call tries again.
+    // anything reads or writes the state file. The same, with the alert
+    // that Velmora is already running, when another process owns the
+    // folder (FolderLock); this process then owns it until it ends. A
+    // failure after that throws; no host is set then, so a later call tries
+    // again.
     static void start(const Sources& sources);
 
     // The main thread of the platform start() built; null before the first

@@ -1,11 +1,13 @@
 #include <fcntl.h>
 #include <filesystem>
+#include <optional>
 #include <sys/file.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
 
 #include "CoreTestSupport.h"
+#include "FaultyFileSystemCalls.h"
 #include "TemporaryFolder.h"
 #include "VelmoraCore/DurableFile.h"
 
@@ -41,25 +43,28 @@ TEST_F(DurableFileTest, Write_ReplacesASymbolicLinkInsteadOfFollowingIt)
     EXPECT_EQ(fileBytes(elsewhere), "not ours");
 }
 
-TEST_F(DurableFileTest, Write_RemovesTemporariesOfWritersThatDiedButNotOfLiveOnes)
+TEST_F(DurableFileTest, RemoveAbandonedTemporaries_RemovesThoseOfKilledWritersNeverALiveWritersUpToItsRename)
 {
     const fs::path first = abandonedTemporary("a1B2c3");
     const fs::path second = abandonedTemporary("zzzzzz");
     const fs::path unrelated = m_folder / ".practice.json.backup-of-mine";
     writeFileBytes(unrelated, "keep");
-    const fs::path inFlight = abandonedTemporary("Live01");
-    const int descriptor = ::open(inFlight.c_str(), O_RDONLY | O_CLOEXEC);
-    ASSERT_GE(descriptor, 0);
-    ASSERT_EQ(::flock(descriptor, LOCK_EX), 0);
 
-    DurableFile::write(target(), "new");
+    // Another process's sweep in the last instant before our rename, when
+    // the temporary is complete and its data descriptor already closed.
+    test::FaultyFileSystemCalls calls;
+    std::optional<bool> survivedSweep;
+    calls.beforeRename([&](const char* temporary) {
+        DurableFile::removeAbandonedTemporaries(target());
+        survivedSweep = fs::exists(temporary);
+    });
+    DurableFile::write(target(), "new", calls);
+
+    EXPECT_EQ(survivedSweep, true) << "a live writer's temporary was removed";
+    EXPECT_EQ(fileBytes(target()), "new");
     EXPECT_FALSE(fs::exists(first));
     EXPECT_FALSE(fs::exists(second));
     EXPECT_TRUE(fs::exists(unrelated)) << "only names of our own temporaries are touched";
-    EXPECT_TRUE(fs::exists(inFlight)) << "a live writer still holds it";
-    ::close(descriptor);
-    DurableFile::write(target(), "newer");
-    EXPECT_FALSE(fs::exists(inFlight));
 }
 
 TEST_F(DurableFileTest, Exists_FollowsLinksAndTreatsAFileInThePathAsAbsence)
@@ -72,12 +77,19 @@ TEST_F(DurableFileTest, Exists_FollowsLinksAndTreatsAFileInThePathAsAbsence)
     EXPECT_TRUE(DurableFile::exists(m_folder / "file"));
 }
 
-TEST_F(DurableFileTest, Read_ReturnsLargeFilesWhole)
+TEST_F(DurableFileTest, Read_ReturnsFilesWholeUpToTheLimitAndRefusesLargerOnesUnread)
 {
     std::string large(std::size_t{300} * 1024, 'x');
     large[12345] = '\0';
     writeFileBytes(target(), large);
     EXPECT_EQ(DurableFile::read(target()), large);
+    EXPECT_EQ(DurableFile::read(target(), large.size()), large);
+    try {
+        (void)DurableFile::read(target(), large.size() - 1);
+        FAIL() << "read past the limit";
+    } catch (const fs::filesystem_error& error) {
+        EXPECT_EQ(error.code(), std::errc::file_too_large);
+    }
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cerrno>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -33,6 +34,9 @@ public:
     void interruptNextWrite() { m_interruptNextWrite = true; }
 
     [[nodiscard]] const std::vector<std::string>& steps() const { return m_steps; }
+    // Runs just before the rename, with the temporary's path: another
+    // process's view of the folder in the middle of a write.
+    void beforeRename(std::function<void(const char* temporary)> hook) { m_beforeRename = std::move(hook); }
 
     int createUniqueFile(char* pathTemplate) override
     {
@@ -84,10 +88,18 @@ public:
 
     int rename(const char* from, const char* to) override
     {
+        if (m_beforeRename)
+            m_beforeRename(from);
         m_steps.emplace_back("rename");
         if (failing(Step::rename))
             return -1;
         return FileSystemCalls::rename(from, to);
+    }
+
+    int makeFolder(const char* path, mode_t mode) override
+    {
+        m_steps.emplace_back("make folder");
+        return FileSystemCalls::makeFolder(path, mode);
     }
 
     int openFolder(const char* path) override
@@ -114,6 +126,7 @@ private:
     bool m_shortWriteDone = false;
     int m_folderDescriptor = -1;
     std::vector<std::string> m_steps;
+    std::function<void(const char*)> m_beforeRename;
 };
 
 } // namespace velmora::test

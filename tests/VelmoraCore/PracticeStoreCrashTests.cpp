@@ -31,7 +31,7 @@ constexpr int killCount = 120;
         PracticeStore store(url);
         store.load();
         for (;;) {
-            const PracticeState saved = store.update([](const PracticeState& state) { return state.notice("phone", utc(2025, 3, 14), UserCalendar::utc()); });
+            const PracticeState saved = *store.update([](const PracticeState& state) { return state.notice("phone", utc(2025, 3, 14), UserCalendar::utc()); });
             const std::int64_t moments = saved.lotuses.at("phone").moments;
             if (::write(acknowledgements, &moments, sizeof moments) != sizeof moments)
                 ::_exit(3);
@@ -44,7 +44,7 @@ constexpr int killCount = 120;
 std::int64_t momentsOnDisk(const fs::path& url)
 {
     PracticeStore reader(url);
-    const PracticeState state = reader.load();
+    const PracticeState state = *reader.load();
     return state.lotuses.contains("phone") ? state.lotuses.at("phone").moments : 0;
 }
 

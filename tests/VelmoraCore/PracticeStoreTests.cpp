@@ -1,6 +1,16 @@
+#include <algorithm>
+#include <array>
 #include <cerrno>
+#include <cstdio>
 #include <filesystem>
+#include <functional>
+#include <memory>
 #include <string>
+
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -9,6 +19,7 @@
 #include "FaultyFileSystemCalls.h"
 #include "TemporaryFolder.h"
 #include "VelmoraCore/DurableFile.h"
+#include "VelmoraCore/FileError.h"
 #include "VelmoraCore/PracticeStore.h"
 
 namespace velmora {
@@ -21,8 +32,9 @@ using test::fileBytes;
 using test::utc;
 using test::writeFileBytes;
 
-PracticeState selectPhone(PracticeState state)
+PracticeState selectPhone(const PracticeState& current)
 {
+    PracticeState state = current;
     state.selected = {"phone"};
     return state;
 }
@@ -58,13 +70,13 @@ TEST_F(PracticeStoreTest, LoadWithoutFileCreatesNothing_FirstUpdateCreatesPrivat
 {
     PracticeStore store(url());
     EXPECT_FALSE(store.state());
-    EXPECT_EQ(store.load(), PracticeState());
-    EXPECT_EQ(store.state(), PracticeState());
+    EXPECT_EQ(*store.load(), PracticeState());
+    EXPECT_EQ(*store.state(), PracticeState());
     EXPECT_FALSE(fs::exists(url().parent_path())) << "neither the file nor its folder is created by loading";
 
-    const PracticeState saved = store.update(selectPhone);
+    const PracticeState saved = *store.update(selectPhone);
     EXPECT_EQ(saved.selected, PracticeState::StringSet{"phone"});
-    EXPECT_EQ(store.state(), saved);
+    EXPECT_EQ(*store.state(), saved);
     EXPECT_EQ(fileBytes(url()), saved.toJSON());
     for (const fs::path& folder : {url().parent_path(), url().parent_path().parent_path()})
         EXPECT_EQ(fs::status(folder).permissions(), fs::perms::owner_all) << folder;
@@ -113,7 +125,7 @@ TEST_F(PracticeStoreTest, FailingOrInvalidChange_PassesItsErrorOnAndChangesNothi
 {
     PracticeStore store(url());
     const std::string saved = saveFirstState(store);
-    const std::optional<PracticeState> held = store.state();
+    const std::shared_ptr<const PracticeState> held = store.state();
 
     expectPracticeError([&] { store.update([](const PracticeState& state) { return state.notice("money", utc(2025, 1, 1), UserCalendar::utc()); }); }, PracticeError::notSelected);
     EXPECT_THROW(store.update([](const PracticeState&) -> PracticeState { throw std::runtime_error("change failed"); }), std::runtime_error);
@@ -138,7 +150,7 @@ TEST_F(PracticeStoreTest, FolderThatCannotBeCreated_FailsWithTheFileSystemError)
     } catch (const fs::filesystem_error& error) {
         EXPECT_EQ(error.code(), std::errc::not_a_directory) << error.what();
     }
-    EXPECT_EQ(store.state(), PracticeState());
+    EXPECT_EQ(*store.state(), PracticeState());
     EXPECT_EQ(fileBytes(blocked), "not a folder");
 }
 
@@ -155,7 +167,7 @@ TEST_P(PracticeStoreWriteFault, LeavesStateFileAndFolderAsTheyWere)
     FaultyFileSystemCalls calls;
     PracticeStore store(url(), calls);
     const std::string saved = saveFirstState(store);
-    const std::optional<PracticeState> held = store.state();
+    const std::shared_ptr<const PracticeState> held = store.state();
 
     calls.failAt(GetParam().step, GetParam().error);
     try {
@@ -186,8 +198,8 @@ TEST_F(PracticeStoreTest, FolderFlushFailure_IsIgnoredBecauseTheNewFileIsInPlace
         PracticeStore store(url(), calls);
         store.load();
         calls.failAt(step, EINVAL);
-        const PracticeState saved = store.update([](PracticeState state) { state.bellSoundEnabled = !state.bellSoundEnabled; return state; });
-        EXPECT_EQ(store.state(), saved);
+        const PracticeState saved = *store.update([](PracticeState state) { state.bellSoundEnabled = !state.bellSoundEnabled; return state; });
+        EXPECT_EQ(*store.state(), saved);
         EXPECT_EQ(fileBytes(url()), saved.toJSON());
     }
 }
@@ -198,10 +210,124 @@ TEST_F(PracticeStoreTest, Write_FlushesTheFileBeforeTheRenameAndTheFolderAfterIt
     PracticeStore store(url(), calls);
     store.load();
     calls.interruptNextWrite();
-    const PracticeState saved = store.update(selectPhone);
+    const PracticeState saved = *store.update(selectPhone);
     EXPECT_EQ(fileBytes(url()), saved.toJSON()) << "an interrupted write is resumed";
     const std::vector<std::string> writeSteps(calls.steps().end() - 9, calls.steps().end());
     EXPECT_EQ(writeSteps, (std::vector<std::string>{"create", "write", "write", "fsync", "close", "rename", "open folder", "fsync folder", "close folder"}));
+}
+
+// What a hostile or careless hand may leave at the state file's place. None
+// of them may block the load or be read into memory, and each stays.
+TEST_F(PracticeStoreTest, Load_RefusesAnythingButARegularFileWithinTheLimit)
+{
+    fs::create_directories(url().parent_path());
+    const auto fifo = [this] { ASSERT_EQ(::mkfifo(url().c_str(), 0600), 0); };
+    const auto endlessDevice = [this] { fs::create_symlink("/dev/zero", url()); };
+    const auto folder = [this] { fs::create_directory(url()); };
+    const auto socket = [this] {
+        const int descriptor = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        ASSERT_GE(descriptor, 0);
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        const std::string path = url().string();
+        ASSERT_LT(path.size(), sizeof(address.sun_path));
+        std::copy(path.begin(), path.end(), address.sun_path);
+        ASSERT_EQ(::bind(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0); // NOLINT(cppcoreguidelines-pro-type-reinterpret-cast): the socket API's own type pun
+        ::close(descriptor);
+    };
+    // Sparse, so the test costs no disk: only its size is ever looked at.
+    const auto tooLarge = [this] {
+        writeFileBytes(url(), "");
+        fs::resize_file(url(), PracticeStore::sizeLimit + 1);
+    };
+    struct Case {
+        const char* name;
+        std::function<void()> make;
+        std::error_code expected;
+        fs::file_type type;
+    };
+    const Case cases[] = {
+        {"FIFO without a writer", fifo, make_error_code(FileError::notRegularFile), fs::file_type::fifo},
+        {"link to an endless device", endlessDevice, make_error_code(FileError::notRegularFile), fs::file_type::character},
+        {"folder", folder, make_error_code(FileError::notRegularFile), fs::file_type::directory},
+        {"socket", socket, std::make_error_code(std::errc::no_such_device_or_address), fs::file_type::socket},
+        {"file over the limit", tooLarge, std::make_error_code(std::errc::file_too_large), fs::file_type::regular},
+    };
+    for (const Case& entry : cases) {
+        SCOPED_TRACE(entry.name);
+        fs::remove_all(url());
+        entry.make();
+        PracticeStore store(url());
+        try {
+            store.load();
+            ADD_FAILURE() << "loaded";
+        } catch (const fs::filesystem_error& error) {
+            EXPECT_TRUE(error.code() == entry.expected.default_error_condition()) << error.what();
+        }
+        EXPECT_FALSE(store.state());
+        EXPECT_EQ(fs::status(url()).type(), entry.type);
+    }
+
+    fs::remove_all(url());
+    const fs::path real = m_folder / "kept-elsewhere.json";
+    PracticeState elsewhere;
+    elsewhere.language = "pt";
+    writeFileBytes(real, elsewhere.toJSON());
+    fs::create_symlink(real, url());
+    PracticeStore store(url());
+    EXPECT_EQ(store.load()->language, "pt") << "a link to a regular file is followed";
+}
+
+TEST_F(PracticeStoreTest, Update_RefusesAStateWhoseFileCouldNotBeLoadedAgain)
+{
+    PracticeStore store(url());
+    const std::string saved = saveFirstState(store);
+    const std::shared_ptr<const PracticeState> held = store.state();
+    const auto tooManyDays = [](const PracticeState& current) {
+        PracticeState state = current;
+        // Thirteen bytes a day in the file: enough days to pass the limit.
+        std::array<char, 48> key{};
+        for (int year = 1600; state.toJSON().size() <= PracticeStore::sizeLimit; year += 50) {
+            for (int day = 0; day < 50 * 12 * 28; ++day) {
+                (void)std::snprintf(key.data(), key.size(), "%04d-%02d-%02d", year + day / (12 * 28), (day / 28) % 12 + 1, day % 28 + 1);
+                state.practiceDays.insert(key.data());
+            }
+        }
+        return state;
+    };
+    try {
+        store.update(tooManyDays);
+        FAIL() << "saved a file the next start would refuse";
+    } catch (const fs::filesystem_error& error) {
+        EXPECT_EQ(error.code(), std::errc::file_too_large);
+    }
+    EXPECT_EQ(store.state(), held);
+    EXPECT_EQ(fileBytes(url()), saved);
+}
+
+TEST_F(PracticeStoreTest, Update_MakesTheFolderOnTheFirstWriteAndWhenItHasGoneNotOnEveryWrite)
+{
+    FaultyFileSystemCalls calls;
+    PracticeStore store(url(), calls);
+    store.load();
+    const auto foldersMade = [&calls] { return std::count(calls.steps().begin(), calls.steps().end(), "make folder"); };
+    const auto toggleBell = [](const PracticeState& current) {
+        PracticeState state = current;
+        state.bellSoundEnabled = !state.bellSoundEnabled;
+        return state;
+    };
+    store.update(toggleBell);
+    const auto afterFirst = foldersMade();
+    EXPECT_GT(afterFirst, 0);
+    store.update(toggleBell);
+    store.update(toggleBell);
+    EXPECT_EQ(foldersMade(), afterFirst) << "the folder is made once, not on every write";
+
+    // The user removes the folder while the library runs.
+    fs::remove_all(url().parent_path());
+    const PracticeState saved = *store.update(toggleBell);
+    EXPECT_EQ(fileBytes(url()), saved.toJSON());
+    EXPECT_GT(foldersMade(), afterFirst);
 }
 
 } // namespace

@@ -29,7 +29,7 @@ public:
     [[nodiscard]] const PermissionDeniedCallback& onPermissionDenied() const override { return m_onPermissionDenied; }
     void setOnPermissionDenied(PermissionDeniedCallback callback) override { m_onPermissionDenied = std::move(callback); }
 
-    void schedule(const PracticeState& state, const std::string& title, const std::string& body) override { scheduled.push_back({state, title, body}); }
+    void schedule(std::shared_ptr<const PracticeState> state, const std::string& title, const std::string& body) override { scheduled.push_back({*state, title, body}); }
     void request(PermissionCompletion completion) override { pendingRequests.push_back(std::move(completion)); }
 
     void answerRequest(bool granted)

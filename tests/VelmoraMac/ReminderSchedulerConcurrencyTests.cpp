@@ -61,7 +61,7 @@ protected:
 
     void scheduleAndSettle(const PracticeState& state, const std::string& body = "A gentle pause")
     {
-        m_scheduler->schedule(state, "velmora", body);
+        m_scheduler->schedule(std::make_shared<const PracticeState>(state), "velmora", body);
         settle();
     }
 
@@ -138,8 +138,8 @@ TEST_F(ReminderSchedulerTest, AuthorizationStatus_DecidesDenialAndWhetherAnythin
 TEST_F(ReminderSchedulerTest, StaleAnswersAndAnswersForAGoneScheduler_DoNothingAtAll)
 {
     m_center->holdAnswers();
-    m_scheduler->schedule(remindAt(7, 0), "velmora", "first");
-    m_scheduler->schedule(remindAt(21, 0), "velmora", "second");
+    m_scheduler->schedule(std::make_shared<const PracticeState>(remindAt(7, 0)), "velmora", "first");
+    m_scheduler->schedule(std::make_shared<const PracticeState>(remindAt(21, 0)), "velmora", "second");
     m_center->releaseAnswers();
     settle();
 
@@ -152,7 +152,7 @@ TEST_F(ReminderSchedulerTest, StaleAnswersAndAnswersForAGoneScheduler_DoNothingA
 
     // Answers that arrive after the scheduler is gone are dropped.
     m_center->holdAnswers();
-    m_scheduler->schedule(remindAt(20, 0), "velmora", "third");
+    m_scheduler->schedule(std::make_shared<const PracticeState>(remindAt(20, 0)), "velmora", "third");
     m_scheduler.reset();
     m_center->releaseAnswers();
     settle();

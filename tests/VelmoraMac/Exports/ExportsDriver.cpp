@@ -206,6 +206,19 @@ int run(const NativeLibrary& library, const std::string& scenario, const std::ve
         for (std::thread& worker : workers)
             worker.join();
         std::cout << "noticings " << noticings << '\n';
+    } else if (scenario == "race") {
+        // race <count> <topic>: notices `topic` `count` times, taking the
+        // event after each; a noticing counts as acknowledged when its
+        // event came, which happens only once it is in the file.
+        library.start();
+        (void)library.takeEvent();
+        const int count = std::stoi(arguments.at(0));
+        int acknowledged = 0;
+        for (int round = 0; round < count; ++round) {
+            library.notice(arguments.at(1).c_str());
+            acknowledged += library.takeEvent() != "null" ? 1 : 0;
+        }
+        std::cout << "acknowledged " << acknowledged << '\n';
     } else if (scenario == "exit-while-polling") {
         // exit-while-polling <topic>: a thread polls and notices without
         // pause while the program returns from main past a timer tick, as a

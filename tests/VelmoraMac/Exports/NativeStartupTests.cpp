@@ -1,4 +1,8 @@
+#include <array>
+#include <cstdint>
 #include <filesystem>
+#include <future>
+#include <iostream>
 #include <optional>
 #include <string>
 #include <vector>
@@ -137,6 +141,73 @@ TEST_F(NativeStartupTest, Success_FindsOrMakesTheDataFolderAndWritesNoStateFile)
         }
         EXPECT_FALSE(fs::exists(expected / "app.velmora.mac" / "practice.json"));
         EXPECT_EQ(result.errors, "");
+    }
+}
+
+// Two renderers started together on one data folder, as when a user opens
+// the program twice or a session starts it beside one already running.
+// Only one of them may keep the practice; the other says so and ends
+// without touching the file, so no noticing either acknowledged is lost.
+TEST_F(NativeStartupTest, TwoProcessesOnOneFolder_OneOwnsItAndNoAcknowledgedNoticingIsLost)
+{
+    constexpr int noticingsEach = 300;
+    seed(onboardedState());
+
+    std::array<std::future<DriverProcess::Result>, 2> runs;
+    for (auto& run : runs)
+        run = std::async(std::launch::async, [this] { return drive("race", {std::to_string(noticingsEach), "smoking"}); });
+
+    std::int64_t acknowledged = 0;
+    int owners = 0;
+    const MacStrings::Table& texts = MacStrings::table("en");
+    for (auto& run : runs) {
+        const DriverProcess::Result result = run.get();
+        if (result.status == 0) {
+            ++owners;
+            const std::int64_t count = std::stoll(result.value("acknowledged").value_or("-1"));
+            EXPECT_EQ(count, noticingsEach) << "an owner's noticings all reach the file";
+            acknowledged += count;
+            continue;
+        }
+        EXPECT_EQ(result.errorLines(), (std::vector<std::string>{texts.at("alreadyRunning"), texts.at("alreadyRunningBody"), texts.at("okay")}));
+        EXPECT_FALSE(result.value("acknowledged").has_value()) << "a process that does not own the folder went on";
+    }
+    // One after the other, should the first have ended before the second
+    // started, both may own the folder in turn.
+    EXPECT_GE(owners, 1);
+    EXPECT_EQ(momentsInFile("smoking"), seededSmokingMoments + acknowledged);
+    std::cout << "[ counts   ] owners " << owners << ", acknowledged " << acknowledged << ", in the file "
+              << momentsInFile("smoking") - seededSmokingMoments << '\n';
+}
+
+struct Environment {
+    const char* name;
+    DriverProcess::Environment changes;
+};
+
+// Starts where a service manager, a bare terminal or a script may start
+// the renderer: the library falls back as it can and keeps the practice.
+TEST_F(NativeStartupTest, SparseEnvironments_StartAndKeepThePractice)
+{
+    const std::vector<Environment> cases = {
+        {"no HOME", {{"HOME", std::nullopt}}},
+        {"no display", {{"DISPLAY", std::nullopt}, {"WAYLAND_DISPLAY", std::nullopt}}},
+        {"no session bus", {{"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus"}}},
+        {"nothing at all", {{"HOME", std::nullopt}, {"XDG_CONFIG_HOME", std::nullopt}, {"DISPLAY", std::nullopt}, {"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus"}}},
+    };
+    for (const Environment& entry : cases) {
+        SCOPED_TRACE(entry.name);
+        fs::remove_all(dataHome());
+        seed(onboardedState());
+        DriverProcess::Environment environment = this->environment();
+        for (const auto& [variable, value] : entry.changes)
+            environment[variable] = value;
+
+        const DriverProcess::Result result = DriverProcess::run(DriverProcess::builtLibrary(), "notice", {"smoking"}, environment);
+
+        ASSERT_EQ(result.status, 0) << result.errors;
+        EXPECT_EQ(momentsInEvent(result.value("event").value_or("{}"), "smoking"), seededSmokingMoments + 1);
+        EXPECT_EQ(momentsInFile("smoking"), seededSmokingMoments + 1);
     }
 }
 
