@@ -19,4 +19,16 @@ std::optional<std::string> EventEnvelope::wrap(std::string_view snapshot)
     }
 }
 
+std::string EventEnvelope::wrap(const PondSnapshot& snapshot)
+{
+    // The members before the payload's text and after it, as the JSON
+    // library writes them.
+    constexpr std::string_view head = R"({"version":1,"kind":"practice","payload":")";
+    constexpr std::string_view tail = R"("})";
+    std::string envelope;
+    envelope.reserve(head.size() + snapshot.escaped.size() + tail.size());
+    envelope.append(head).append(snapshot.escaped).append(tail);
+    return envelope;
+}
+
 } // namespace velmora

@@ -83,7 +83,7 @@ void PracticeCoordinator::refresh()
         return;
     refreshLoginLaunch();
     if (m_state.get().onboarded) {
-        std::optional<std::string> built;
+        std::optional<PondSnapshot> built;
         try {
             built = snapshot();
         } catch (const std::exception&) {

@@ -9,6 +9,7 @@
 
 #include "ContentCatalog.h"
 #include "LoginLaunchControlling.h"
+#include "PondSnapshot.h"
 #include "Published.h"
 #include "ReminderScheduling.h"
 #include "VelmoraCore/PracticeState.h"
@@ -32,7 +33,7 @@ namespace velmora {
 // Main thread only.
 class PracticeCoordinator {
 public:
-    using SnapshotCallback = std::function<void(const std::string& snapshot)>;
+    using SnapshotCallback = std::function<void(const PondSnapshot& snapshot)>;
     using Callback = std::function<void()>;
     using NotificationSettingsOpener = std::function<void()>;
     using Body = PracticeStore::Change;
@@ -109,11 +110,14 @@ public:
     // The text for `key` in the resolved language.
     [[nodiscard]] std::string text(std::string_view key, std::optional<std::int64_t> count = std::nullopt) const;
 
-    // The pond's picture of the state as compact JSON. Throws the JSON
-    // library's error when it cannot be serialised.
-    [[nodiscard]] std::string snapshot() const;
+    // The pond's picture of the state as compact JSON, with its form for the
+    // envelope. Throws the JSON library's error when it cannot be serialised.
+    [[nodiscard]] PondSnapshot snapshot() const;
 
 private:
+    // The parts of the snapshot that only the catalog decides, encoded once.
+    struct SnapshotParts;
+
     void openPanel() const;
 
     std::shared_ptr<const ContentCatalog> m_catalog;
@@ -133,6 +137,8 @@ private:
     Published<std::string> m_page{"welcome"};
 
     SnapshotCallback m_onSnapshot;
+    // Built at the first snapshot; the catalog never changes.
+    mutable std::shared_ptr<const SnapshotParts> m_snapshotParts;
     Callback m_onEnterPond;
     Callback m_onOpenPanel;
     Callback m_onChromeChanged;

@@ -1,54 +1,122 @@
 // The pond's snapshot: everything the renderer draws, already localized.
+//
+// It is written on every change, and most of its bytes are the topics'
+// icons, which never change: each topic's constant parts are encoded once,
+// in both the snapshot's and the envelope's form, and spliced in.
 
-#include <nlohmann/json.hpp>
+#include <algorithm>
+#include <vector>
 
+#include "PondSnapshotWriter.h"
 #include "PracticeCoordinator.h"
 
 namespace velmora {
 
-std::string PracticeCoordinator::snapshot() const
+// Member order follows what a reader of the text expects; the renderer does
+// not depend on it, but the text stays what the JSON library would write for
+// the same members in this order.
+struct PracticeCoordinator::SnapshotParts {
+    struct TopicParts {
+        std::string id;
+        // Per language index: the object up to the value of "moments".
+        std::vector<PondSnapshot> heads;
+        // From the colour to the end of the object.
+        PondSnapshot tail;
+    };
+
+    explicit SnapshotParts(const ContentCatalog& catalog)
+    {
+        topics.reserve(catalog.topics().size());
+        for (const Topic& topic : catalog.topics()) {
+            TopicParts parts;
+            parts.id = topic.id;
+            for (const std::string& title : topic.names) {
+                PondSnapshotWriter head;
+                head.raw(R"({"id":)");
+                head.string(topic.id);
+                head.raw(R"(,"title":)");
+                head.string(title);
+                head.raw(R"(,"moments":)");
+                parts.heads.push_back(std::move(head).finish());
+            }
+            PondSnapshotWriter tail(topic.icon.size() + topic.color.size() + tailOverhead);
+            tail.raw(R"(,"color":)");
+            tail.string(topic.color);
+            tail.raw(R"(,"icon":)");
+            tail.string(topic.icon);
+            tail.raw("}");
+            parts.tail = std::move(tail).finish();
+            topics.push_back(std::move(parts));
+        }
+    }
+
+    // Member names, punctuation and the dynamic values of one topic, at most.
+    static constexpr std::size_t tailOverhead = 32;
+    static constexpr std::size_t topicOverhead = 128;
+    // The object's other members, labels included.
+    static constexpr std::size_t restOverhead = 1024;
+
+    // In catalog order.
+    std::vector<TopicParts> topics;
+};
+
+PondSnapshot PracticeCoordinator::snapshot() const
 {
-    // Member order follows what a reader of the text expects; the renderer
-    // does not depend on it.
-    using ordered_json = nlohmann::ordered_json;
+    if (!m_snapshotParts)
+        m_snapshotParts = std::make_shared<const SnapshotParts>(*m_catalog);
+    const SnapshotParts& parts = *m_snapshotParts;
 
     const PracticeState& state = m_state.get();
     const Instant now = m_system->now(); // One instant for every topic.
     const UserCalendar calendar = m_system->currentCalendar();
+    const std::string today = PracticeState::dayKey(now, calendar);
     const std::string language = resolvedLanguage();
     const std::size_t index = languageIndex();
 
-    ordered_json topics = ordered_json::array();
-    for (const Topic& topic : m_catalog->topics()) {
+    std::vector<const SnapshotParts::TopicParts*> selected;
+    selected.reserve(parts.topics.size());
+    std::size_t bytes = SnapshotParts::restOverhead;
+    for (const SnapshotParts::TopicParts& topic : parts.topics) {
         if (!state.selected.contains(topic.id))
             continue;
-        const auto lotus = state.lotuses.find(topic.id);
-        topics.push_back({
-            {"id", topic.id},
-            {"title", topic.names.at(index)},
-            {"moments", lotus == state.lotuses.end() ? 0 : lotus->second.moments},
-            {"growthMoments", state.growthMoments(topic.id, now, calendar)},
-            {"freshness", state.freshness(topic.id, now, calendar)},
-            {"color", topic.color},
-            {"icon", topic.icon},
-        });
+        selected.push_back(&topic);
+        bytes += topic.heads.at(index).escaped.size() + topic.tail.escaped.size() + SnapshotParts::topicOverhead;
     }
 
-    const ordered_json snapshot = {
-        {"version", 1},
-        {"topics", std::move(topics)},
-        {"language", language},
-        {"waterSoundEnabled", state.waterSoundEnabled},
-        {"bellSoundEnabled", state.bellSoundEnabled},
-        {"daysLabel", m_catalog->text("days", language, static_cast<std::int64_t>(state.practiceDays.size()))},
-        {"daysSuffix", m_catalog->text("daysSuffix", language)},
-        {"backLabel", m_catalog->text("back", language)},
-        {"settingsLabel", m_catalog->text("settings", language)},
-        {"noticeLabel", m_catalog->text("notice", language)},
-        {"savedLabel", m_catalog->text("noticed", language)},
-        {"errorLabel", m_catalog->text("saveError", language)},
+    PondSnapshotWriter writer(bytes);
+    writer.raw(R"({"version":1,"topics":[)");
+    for (const SnapshotParts::TopicParts* topic : selected) {
+        const std::string& id = topic->id;
+        if (topic != selected.front())
+            writer.raw(",");
+        writer.splice(topic->heads.at(index));
+        const auto lotus = state.lotuses.find(id);
+        writer.integer(lotus == state.lotuses.end() ? 0 : lotus->second.moments);
+        writer.raw(R"(,"growthMoments":)");
+        writer.integer(state.growthMoments(id, today));
+        writer.raw(R"(,"freshness":)");
+        writer.number(state.freshness(id, now, calendar));
+        writer.splice(topic->tail);
+    }
+    writer.raw(R"(],"language":)");
+    writer.string(language);
+    writer.raw(R"(,"waterSoundEnabled":)");
+    writer.boolean(state.waterSoundEnabled);
+    writer.raw(R"(,"bellSoundEnabled":)");
+    writer.boolean(state.bellSoundEnabled);
+    const auto label = [&](std::string_view member, std::string_view key, std::optional<std::int64_t> count = std::nullopt) {
+        writer.raw(member);
+        writer.string(m_catalog->text(key, language, count));
     };
-    return snapshot.dump();
+    label(R"(,"daysLabel":)", "days", static_cast<std::int64_t>(state.practiceDays.size()));
+    label(R"(,"daysSuffix":)", "daysSuffix");
+    label(R"(,"backLabel":)", "back");
+    label(R"(,"settingsLabel":)", "settings");
+    label(R"(,"noticeLabel":)", "notice");
+    label(R"(,"savedLabel":)", "noticed");
+    label(R"(,"errorLabel":)", "saveError");
+    writer.raw("}");
+    return std::move(writer).finish();
 }
 
 } // namespace velmora

@@ -117,14 +117,11 @@ void MenuBarHost::installStatusButton()
 void MenuBarHost::installCallbacks()
 {
     const auto self = shared_from_this();
-    m_model->setOnSnapshot(weakly(self, [](MenuBarHost& host, const std::string& snapshot) {
+    m_model->setOnSnapshot(weakly(self, [](MenuBarHost& host, const PondSnapshot& snapshot) {
         // Every snapshot carries the whole state, so one not yet read is
-        // simply replaced. One that cannot be wrapped leaves the queue as
-        // it was.
-        if (std::optional<std::string> envelope = EventEnvelope::wrap(snapshot)) {
-            host.m_events.clear();
-            host.m_events.push_back(std::move(*envelope));
-        }
+        // simply replaced.
+        host.m_events.clear();
+        host.m_events.push_back(EventEnvelope::wrap(snapshot));
     }));
     m_model->setOnEnterPond(weakly(self, [](MenuBarHost& host) { host.showPond(); }));
     m_model->setOnOpenPanel(weakly(self, [](MenuBarHost& host) { host.showPanel(); }));

@@ -42,7 +42,7 @@ protected:
         m_coordinator.reset();
         m_coordinator = std::make_unique<PracticeCoordinator>(
             m_catalog, std::make_unique<PracticeStore>(url()), m_login, m_reminders, [this] { ++m_settingsOpened; }, m_system);
-        m_coordinator->setOnSnapshot([this](const std::string& snapshot) { m_snapshots.push_back(snapshot); });
+        m_coordinator->setOnSnapshot([this](const PondSnapshot& snapshot) { m_snapshots.push_back(snapshot.text); });
         m_coordinator->setOnEnterPond([this] { ++m_pondEntered; });
         m_coordinator->setOnOpenPanel([this] { ++m_panelOpened; });
         m_coordinator->setOnChromeChanged([this] { ++m_chromeChanged; });
