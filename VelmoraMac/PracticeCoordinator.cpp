@@ -56,7 +56,7 @@ void PracticeCoordinator::openPanel() const
 
 void PracticeCoordinator::load()
 {
-    PracticeState loaded;
+    std::shared_ptr<const PracticeState> loaded;
     try {
         loaded = m_store->load();
     } catch (const std::exception&) {
@@ -68,9 +68,9 @@ void PracticeCoordinator::load()
     m_state.set(loaded);
     m_loadFailed.set(false);
     m_errorText.set(std::nullopt);
-    if (loaded.onboarded)
+    if (loaded->onboarded)
         m_page.set("settings");
-    else if (!loaded.selected.empty())
+    else if (!loaded->selected.empty())
         m_page.set("loginIntro");
     else
         m_page.set("welcome");
@@ -92,7 +92,7 @@ void PracticeCoordinator::refresh()
         if (built && m_onSnapshot)
             m_onSnapshot(*built);
     }
-    m_reminders->schedule(m_state.get(), "velmora", text("dailyGentle"));
+    m_reminders->schedule(m_state.shared(), "velmora", text("dailyGentle"));
     if (m_onChromeChanged)
         m_onChromeChanged();
 }
@@ -101,7 +101,7 @@ bool PracticeCoordinator::change(const Body& body)
 {
     if (m_loadFailed.get())
         return false;
-    PracticeState changed;
+    std::shared_ptr<const PracticeState> changed;
     try {
         changed = m_store->update(body);
     } catch (const std::exception&) {

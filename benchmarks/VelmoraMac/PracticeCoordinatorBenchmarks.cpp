@@ -33,7 +33,7 @@ public:
     void setOnOpen(OpenCallback callback) override { m_onOpen = std::move(callback); }
     [[nodiscard]] const PermissionDeniedCallback& onPermissionDenied() const override { return m_onPermissionDenied; }
     void setOnPermissionDenied(PermissionDeniedCallback callback) override { m_onPermissionDenied = std::move(callback); }
-    void schedule(const PracticeState& /*state*/, const std::string& /*title*/, const std::string& /*body*/) override { }
+    void schedule(std::shared_ptr<const PracticeState> /*state*/, const std::string& /*title*/, const std::string& /*body*/) override { }
     void request(PermissionCompletion completion) override { completion(true); }
 
 private:
