@@ -14,6 +14,7 @@
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -24,6 +25,7 @@
 #include <gtk/gtk.h>
 #include <nlohmann/json.hpp>
 
+#include "FileOpenRecorder.h"
 #include "tests/VelmoraCore/TemporaryFolder.h"
 #include "tests/VelmoraMac/Platform/Desktop/DesktopSession.h"
 #include "velmora/velmora.h"
@@ -71,6 +73,54 @@ struct Library {
         if (function == nullptr)
             throw std::runtime_error(std::string("missing ") + name);
     }
+};
+
+// The messages this process sends on its shared connection to `bus`, which
+// is the one the library talks through, for as long as it lives.
+class OutgoingMessages {
+public:
+    explicit OutgoingMessages(GBusType bus)
+        : m_connection(g_bus_get_sync(bus, nullptr, nullptr))
+    {
+        if (m_connection != nullptr)
+            m_filter = g_dbus_connection_add_filter(m_connection, &OutgoingMessages::filter, this, nullptr);
+    }
+    OutgoingMessages(const OutgoingMessages&) = delete;
+    OutgoingMessages& operator=(const OutgoingMessages&) = delete;
+    OutgoingMessages(OutgoingMessages&&) = delete;
+    OutgoingMessages& operator=(OutgoingMessages&&) = delete;
+    ~OutgoingMessages()
+    {
+        if (m_connection == nullptr)
+            return;
+        // Once this returns the filter runs no more.
+        g_dbus_connection_remove_filter(m_connection, m_filter);
+        g_object_unref(m_connection);
+    }
+
+    // "interface.member to destination", one a message.
+    [[nodiscard]] std::vector<std::string> sent() const
+    {
+        const std::scoped_lock lock(m_mutex);
+        return m_sent;
+    }
+
+private:
+    static GDBusMessage* filter(GDBusConnection* /*connection*/, GDBusMessage* message, gboolean incoming, gpointer self)
+    {
+        if (incoming == FALSE) {
+            auto& messages = *static_cast<OutgoingMessages*>(self);
+            const auto text = [](const char* value) { return std::string(value != nullptr ? value : "-"); };
+            const std::scoped_lock lock(messages.m_mutex);
+            messages.m_sent.push_back(text(g_dbus_message_get_interface(message)) + "." + text(g_dbus_message_get_member(message)) + " to " + text(g_dbus_message_get_destination(message)));
+        }
+        return message;
+    }
+
+    GDBusConnection* m_connection;
+    guint m_filter = 0;
+    mutable std::mutex m_mutex;
+    std::vector<std::string> m_sent;
 };
 
 // Seeds a user who finished onboarding with `topic` among the chosen ones.
@@ -444,6 +494,75 @@ TEST_F(DesktopEndToEnd, LaunchAtLogin_IsRecognisedAndWaitsInTheTray)
     seedOnboardedUser(dataHome());
     // This very program again, as the autostart entry starts it.
     expectPassesAgain("DesktopLoginLaunch.*", "--velmora-login", [] { return true; });
+}
+
+// A noticing is one durable write of the state file: the library's other
+// answers (the login item, whether reminders may be sent) are kept current
+// by watching, not asked for again, so nothing else is opened and nothing
+// is said on any bus.
+TEST_F(DesktopEndToEnd, Noticings_WriteTheStateFileAndDoNothingElse)
+{
+    constexpr int noticings = 5;
+    seedOnboardedUser(dataHome(), true, 23, 59);
+    start();
+    ASSERT_TRUE(iterateUntil([&] { return pondVisible() && gtk_widget_get_mapped(m_area) && takeSnapshots() > 0; }));
+    settle();
+    takeSnapshots();
+
+    const OutgoingMessages session(G_BUS_TYPE_SESSION);
+    const OutgoingMessages system(G_BUS_TYPE_SYSTEM);
+    fileOpenRecorderStart();
+    int published = 0;
+    for (int noticing = 1; noticing <= noticings; ++noticing) {
+        m_library.notice(topic);
+        ASSERT_TRUE(iterateUntil([&] { return (published += takeSnapshots()) >= noticing; }));
+    }
+    // Whatever the noticings set going on the main loop has run.
+    ASSERT_TRUE(iterateUntil([] { return g_main_context_pending(nullptr) == FALSE; }));
+    fileOpenRecorderStop();
+
+    EXPECT_EQ(stateFile()["lotuses"][topic]["moments"], seededMoments + noticings);
+    EXPECT_EQ(session.sent(), std::vector<std::string>{});
+    EXPECT_EQ(system.sent(), std::vector<std::string>{});
+    // The temporary of each write, and the folder flushed after its rename.
+    const fs::path folder = dataHome() / "app.velmora.mac";
+    std::vector<std::string> others;
+    int temporaries = 0;
+    ASSERT_LE(fileOpenRecorderCount(), fileOpenRecorderCapacity());
+    for (std::size_t index = 0; index < fileOpenRecorderCount(); ++index) {
+        const fs::path opened = fileOpenRecorderPath(index);
+        if (opened.filename().string().starts_with(".practice.json.") && opened.parent_path() == folder)
+            ++temporaries;
+        else if (opened != folder)
+            others.push_back(opened.string());
+    }
+    EXPECT_EQ(others, std::vector<std::string>{});
+    EXPECT_EQ(temporaries, noticings);
+}
+
+// Where a login manager or a script may start the renderer: without HOME
+// and XDG_CONFIG_HOME, and without a session bus. The desktop platform
+// falls back for each service it cannot have, and the practice goes on.
+TEST(DesktopSparseEnvironment, WithoutHomeOrSessionBus_ShowsThePondAndKeepsTheNoticing)
+{
+    const TemporaryFolder folder;
+    g_unsetenv("HOME");
+    g_unsetenv("XDG_CONFIG_HOME");
+    g_setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus", TRUE);
+    g_setenv("XDG_DATA_HOME", (folder / "data").c_str(), TRUE);
+    seedOnboardedUser(folder / "data");
+    if (gtk_init_check(nullptr, nullptr) == FALSE)
+        GTEST_SKIP() << "no display";
+    GtkWidget* window = gtk_window_new(GTK_WINDOW_TOPLEVEL);
+    gtk_container_add(GTK_CONTAINER(window), gtk_drawing_area_new());
+    gtk_widget_show_all(window);
+    Library library;
+    library.start();
+    ASSERT_TRUE(iterateUntil([&] { return library.isPondVisible() != 0; }));
+    library.notice(topic);
+    std::ifstream file(folder / "data" / "app.velmora.mac" / "practice.json");
+    EXPECT_EQ(json::parse(file, nullptr, false)["lotuses"][topic]["moments"], seededMoments + 1);
+    std::_Exit(::testing::Test::HasFailure() ? EXIT_FAILURE : EXIT_SUCCESS);
 }
 
 // Run by LaunchAtLogin_IsRecognisedAndWaitsInTheTray with the login marker
