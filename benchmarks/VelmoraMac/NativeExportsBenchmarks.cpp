@@ -45,11 +45,11 @@ using Clock = std::chrono::steady_clock;
 
 // A data home with a long-standing user in it, so that start-up publishes an
 // event at once.
-void seedLongStandingUser(const fs::path& dataHome)
+void seedLongStandingUser(const fs::path& dataHome, std::int64_t practiceDays = bench::threeYearsOfDays)
 {
     const fs::path stateFile = dataHome / "app.velmora.mac" / "practice.json";
     DurableFile::createFolders(stateFile.parent_path());
-    DurableFile::write(stateFile, bench::realisticPracticeState(bench::threeYearsOfDays).toJSON());
+    DurableFile::write(stateFile, bench::realisticPracticeState(practiceDays).toJSON());
 }
 
 // The library started in this process once, with the shipped content, for
@@ -254,9 +254,9 @@ void framePollAfterIdle(benchmark::State& state)
 BENCHMARK(framePollAfterIdle)->Unit(benchmark::kMicrosecond)->UseManualTime()->Iterations(1000);
 
 // "key value" lines of one probe run in a fresh process.
-std::map<std::string, double> runProbe(const fs::path& dataHome)
+std::map<std::string, double> runProbe(const fs::path& dataHome, const std::string& arguments = "")
 {
-    const std::string command = "XDG_DATA_HOME='" + dataHome.string() + "' '" + std::string(VELMORA_NATIVE_EXPORTS_PROBE) + "' '" + std::string(VELMORA_NATIVE_LIBRARY) + "'";
+    const std::string command = "XDG_DATA_HOME='" + dataHome.string() + "' '" + std::string(VELMORA_NATIVE_EXPORTS_PROBE) + "' '" + std::string(VELMORA_NATIVE_LIBRARY) + "' " + arguments;
     FILE* probe = ::popen(command.c_str(), "r");
     if (probe == nullptr)
         return {};
@@ -278,7 +278,7 @@ std::map<std::string, double> runProbe(const fs::path& dataHome)
 void startToFirstEventInAFreshProcess(benchmark::State& state)
 {
     const bench::ScratchFolder dataHome;
-    seedLongStandingUser(dataHome / "");
+    seedLongStandingUser(dataHome / "", state.range(0));
     std::map<std::string, double> last;
     for ([[maybe_unused]] auto _ : state) {
         last = runProbe(dataHome / "");
@@ -292,7 +292,92 @@ void startToFirstEventInAFreshProcess(benchmark::State& state)
     state.counters["resident_after_load_KiB"] = last["residentAfterLoadingKiB"];
     state.counters["resident_after_start_KiB"] = last["residentAfterStartKiB"];
 }
-BENCHMARK(startToFirstEventInAFreshProcess)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(5);
+BENCHMARK(startToFirstEventInAFreshProcess)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(5)->Arg(bench::threeYearsOfDays);
+
+// A week-old practice against three years, started in turns so that both
+// meet the same machine: start-up must not grow with the history. Medians,
+// since a fresh process now and then waits for the disk or the scheduler.
+void startToFirstEventWeekAgainstThreeYears(benchmark::State& state)
+{
+    const bench::ScratchFolder week;
+    const bench::ScratchFolder threeYears;
+    seedLongStandingUser(week / "", 8);
+    seedLongStandingUser(threeYears / "", bench::threeYearsOfDays);
+    std::vector<double> weekTimes;
+    std::vector<double> threeYearTimes;
+    const auto median = [](std::vector<double> values) {
+        std::sort(values.begin(), values.end());
+        return values.empty() ? 0.0 : values[values.size() / 2];
+    };
+    for ([[maybe_unused]] auto _ : state) {
+        std::map<std::string, double> weekRun = runProbe(week / "");
+        std::map<std::string, double> threeYearRun = runProbe(threeYears / "");
+        if (!weekRun.contains("startToFirstEventNanoseconds") || !threeYearRun.contains("startToFirstEventNanoseconds")) {
+            state.SkipWithError("the probe failed");
+            return;
+        }
+        weekTimes.push_back(weekRun["startToFirstEventNanoseconds"] / 1e6);
+        threeYearTimes.push_back(threeYearRun["startToFirstEventNanoseconds"] / 1e6);
+        state.SetIterationTime(threeYearTimes.back() / 1e3);
+    }
+    state.counters["week_ms"] = median(weekTimes);
+    state.counters["three_years_ms"] = median(threeYearTimes);
+    state.counters["ratio"] = median(threeYearTimes) / median(weekTimes);
+}
+BENCHMARK(startToFirstEventWeekAgainstThreeYears)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(21);
+
+// A noticing through VelmoraNotice from the renderer's thread, against the
+// bare durable write of the same bytes to the same folder between the
+// noticings, for practices of growing history. "ratio" is what a noticing
+// costs beyond the write it needs; its growth across the rows shows
+// whether anything on its road grows with the history.
+void noticingAgainstItsDurableWrite(benchmark::State& state)
+{
+    const bench::ScratchFolder dataHome;
+    seedLongStandingUser(dataHome / "", state.range(0));
+    std::map<std::string, double> last;
+    for ([[maybe_unused]] auto _ : state) {
+        last = runProbe(dataHome / "", "notice 300 smoking");
+        if (!last.contains("noticeMedianNanoseconds") || last["acknowledged"] < 300) {
+            state.SkipWithError("the probe failed");
+            return;
+        }
+        state.SetIterationTime(last["noticeMedianNanoseconds"] / 1e9);
+    }
+    state.counters["notice_us"] = last["noticeMedianNanoseconds"] / 1e3;
+    state.counters["notice_max_us"] = last["noticeMaximumNanoseconds"] / 1e3;
+    state.counters["bare_write_us"] = last["bareWriteMedianNanoseconds"] / 1e3;
+    state.counters["ratio"] = last["noticeMedianNanoseconds"] / last["bareWriteMedianNanoseconds"];
+    // Processor time of every thread, the library's included: what the
+    // noticing costs beyond waiting for the device.
+    state.counters["notice_cpu_us"] = last["noticeCpuMedianNanoseconds"] / 1e3;
+    state.counters["bare_write_cpu_us"] = last["bareWriteCpuMedianNanoseconds"] / 1e3;
+    state.counters["file_KiB"] = last["stateFileBytes"] / 1024;
+}
+BENCHMARK(noticingAgainstItsDurableWrite)->Unit(benchmark::kMicrosecond)->UseManualTime()->Iterations(1)->Arg(0)->Arg(30)->Arg(bench::threeYearsOfDays)->Arg(3650)->Arg(20000);
+
+// A forged file of a million practice days (13 MB): refused by the store's
+// size limit, the start shows the load error at once, and a noticing on it
+// is refused as quickly.
+void startOnAMillionDays(benchmark::State& state)
+{
+    const bench::ScratchFolder dataHome;
+    seedLongStandingUser(dataHome / "", 1'000'000);
+    std::map<std::string, double> last;
+    for ([[maybe_unused]] auto _ : state) {
+        last = runProbe(dataHome / "", "notice 5 smoking");
+        if (!last.contains("startNanoseconds")) {
+            state.SkipWithError("the probe failed");
+            return;
+        }
+        state.SetIterationTime(last["startNanoseconds"] / 1e9);
+    }
+    state.counters["start_ms"] = last["startNanoseconds"] / 1e6;
+    state.counters["notice_max_ms"] = last["noticeMaximumNanoseconds"] / 1e6;
+    state.counters["acknowledged"] = last["acknowledged"];
+    state.counters["file_MB"] = last["stateFileBytes"] / 1e6;
+}
+BENCHMARK(startOnAMillionDays)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(3);
 
 } // namespace
 } // namespace velmora

@@ -6,15 +6,30 @@
 //
 // Usage: VelmoraNativeExportsProbe <library>; the data home must hold an
 // onboarded user, or no event ever comes.
+//
+// VelmoraNativeExportsProbe <library> notice <count> <topic> instead times
+// VelmoraStart alone, then `count` noticings of `topic` through
+// VelmoraNotice, each followed by the bare durable write of the bytes the
+// noticing wrote (temporary, write, fsync, rename, folder fsync) to a file
+// beside the state file, so that both are measured on the same device at
+// the same moments. It prints medians and maxima, and how many noticings
+// an event acknowledged.
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
+#include <fcntl.h>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <iterator>
 #include <string>
+#include <vector>
 
 #include <dlfcn.h>
+#include <unistd.h>
 
 #include "velmora/velmora.h"
 
@@ -43,12 +58,124 @@ Function lookUp(void* library, const char* name)
     return function;
 }
 
+using Clock = std::chrono::steady_clock;
+
+long long nanoseconds(Clock::duration duration)
+{
+    return std::chrono::duration_cast<std::chrono::nanoseconds>(duration).count();
+}
+
+std::filesystem::path stateFile()
+{
+    const char* dataHome = std::getenv("XDG_DATA_HOME"); // NOLINT(concurrency-mt-unsafe): read before the library starts its threads
+    return std::filesystem::path(dataHome == nullptr ? "" : dataHome) / "app.velmora.mac" / "practice.json";
+}
+
+std::string fileBytes(const std::filesystem::path& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+// What any durable save of these bytes costs at least, and nothing more.
+bool bareDurableWrite(const std::filesystem::path& target, const std::string& bytes)
+{
+    const std::string temporary = target.string() + ".tmp";
+    const int file = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    if (file < 0)
+        return false;
+    bool written = ::write(file, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size()) && ::fsync(file) == 0;
+    written = ::close(file) == 0 && written;
+    if (!written || ::rename(temporary.c_str(), target.c_str()) != 0)
+        return false;
+    const int folder = ::open(target.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (folder < 0)
+        return false;
+    ::fsync(folder);
+    ::close(folder);
+    return true;
+}
+
+// Every thread's, the library's own included.
+long long processCpuNanoseconds()
+{
+    timespec now{};
+    ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+    return static_cast<long long>(now.tv_sec) * 1'000'000'000LL + now.tv_nsec;
+}
+
+long long median(std::vector<long long> values)
+{
+    if (values.empty())
+        return -1;
+    std::sort(values.begin(), values.end());
+    return values[values.size() / 2];
+}
+
+long long maximum(const std::vector<long long>& values)
+{
+    return values.empty() ? -1 : *std::max_element(values.begin(), values.end());
+}
+
+int timeNoticings(void* library, int count, const char* topic)
+{
+    const auto start = lookUp<decltype(&VelmoraStart)>(library, "VelmoraStart");
+    const auto notice = lookUp<decltype(&VelmoraNotice)>(library, "VelmoraNotice");
+    const auto copyEvent = lookUp<decltype(&VelmoraCopyEvent)>(library, "VelmoraCopyEvent");
+    const auto freeEvent = lookUp<decltype(&VelmoraFree)>(library, "VelmoraFree");
+    const std::filesystem::path state = stateFile();
+    const std::filesystem::path bare = state.parent_path() / "bare-write.json";
+
+    const Clock::time_point begin = Clock::now();
+    start();
+    const Clock::duration started = Clock::now() - begin;
+    freeEvent(copyEvent());
+
+    std::vector<long long> noticings;
+    std::vector<long long> bareWrites;
+    std::vector<long long> noticingCpu;
+    std::vector<long long> bareWriteCpu;
+    int acknowledged = 0;
+    for (int round = 0; round < count; ++round) {
+        const long long cpuBefore = processCpuNanoseconds();
+        const Clock::time_point before = Clock::now();
+        notice(topic);
+        const Clock::duration noticing = Clock::now() - before;
+        noticings.push_back(nanoseconds(noticing));
+        char* event = copyEvent();
+        noticingCpu.push_back(processCpuNanoseconds() - cpuBefore);
+        if (event == nullptr)
+            continue;
+        ++acknowledged;
+        freeEvent(event);
+        const std::string bytes = fileBytes(state);
+        const long long writeCpuBefore = processCpuNanoseconds();
+        const Clock::time_point writeBegin = Clock::now();
+        if (!bareDurableWrite(bare, bytes)) {
+            std::cerr << "probe: the bare write failed\n";
+            return EXIT_FAILURE;
+        }
+        bareWrites.push_back(nanoseconds(Clock::now() - writeBegin));
+        bareWriteCpu.push_back(processCpuNanoseconds() - writeCpuBefore);
+    }
+    std::cout << "startNanoseconds " << nanoseconds(started) << '\n'
+              << "noticeMedianNanoseconds " << median(noticings) << '\n'
+              << "noticeMaximumNanoseconds " << maximum(noticings) << '\n'
+              << "bareWriteMedianNanoseconds " << median(bareWrites) << '\n'
+              << "noticeCpuMedianNanoseconds " << median(noticingCpu) << '\n'
+              << "bareWriteCpuMedianNanoseconds " << median(bareWriteCpu) << '\n'
+              << "acknowledged " << acknowledged << '\n'
+              << "stateFileBytes " << fileBytes(state).size() << '\n';
+    return EXIT_SUCCESS;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
-    if (argc != 2) {
-        std::cerr << "usage: VelmoraNativeExportsProbe <library>\n";
+    const bool noticing = argc == 5 && std::string(argv[2]) == "notice";
+    if (argc != 2 && !noticing) {
+        std::cerr << "usage: VelmoraNativeExportsProbe <library> [notice <count> <topic>]\n";
         return EXIT_FAILURE;
     }
     const long beforeLoading = residentKiB();
@@ -57,6 +184,8 @@ int main(int argc, char** argv)
         std::cerr << "probe: " << ::dlerror() << '\n'; // NOLINT(concurrency-mt-unsafe): no other thread yet
         return EXIT_FAILURE;
     }
+    if (noticing)
+        return timeNoticings(library, std::atoi(argv[3]), argv[4]);
     const auto start = lookUp<decltype(&VelmoraStart)>(library, "VelmoraStart");
     const auto copyEvent = lookUp<decltype(&VelmoraCopyEvent)>(library, "VelmoraCopyEvent");
     const auto freeEvent = lookUp<decltype(&VelmoraFree)>(library, "VelmoraFree");
