@@ -1,13 +1,9 @@
 #include "StartupLocations.h"
 
-#include <cerrno>
 #include <string>
 #include <system_error>
-#include <vector>
 
 #include <dlfcn.h>
-#include <pwd.h>
-#include <unistd.h>
 
 #include "VelmoraCore/DurableFile.h"
 #include "VelmoraMac/Platform/XdgBaseDirectory.h"
@@ -17,21 +13,6 @@ namespace velmora {
 namespace fs = std::filesystem;
 
 namespace {
-
-// The home folder the password database gives for this user, for processes
-// started without HOME (some service managers do that).
-std::string passwordDatabaseHome()
-{
-    long suggested = ::sysconf(_SC_GETPW_R_SIZE_MAX);
-    std::vector<char> buffer(suggested > 0 ? static_cast<std::size_t>(suggested) : 4096U);
-    passwd entry{};
-    passwd* found = nullptr;
-    while (::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found) == ERANGE)
-        buffer.resize(buffer.size() * 2);
-    if (found == nullptr || found->pw_dir == nullptr)
-        return {};
-    return found->pw_dir;
-}
 
 // Any address inside this library names the file it was loaded from.
 const char libraryAnchor = 0;
@@ -71,9 +52,7 @@ std::optional<fs::path> StartupLocations::dataHomeFrom(std::string_view xdgDataH
 
 fs::path StartupLocations::applicationSupportDirectory()
 {
-    std::optional<fs::path> dataHome = dataHomeFrom(XdgBaseDirectory::environmentVariable("XDG_DATA_HOME"), XdgBaseDirectory::environmentVariable("HOME"));
-    if (!dataHome)
-        dataHome = dataHomeFrom({}, passwordDatabaseHome());
+    const std::optional<fs::path> dataHome = XdgBaseDirectory::forThisProcess("XDG_DATA_HOME", fs::path(".local") / "share");
     if (!dataHome)
         throw fs::filesystem_error("find the data folder", std::make_error_code(std::errc::no_such_file_or_directory));
     DurableFile::createFolders(*dataHome);

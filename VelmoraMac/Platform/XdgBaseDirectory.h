@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace velmora {
@@ -20,6 +21,17 @@ public:
     // Relative values are ignored, as the rules ask, because they would
     // depend on whatever the current folder happens to be.
     static std::optional<std::filesystem::path> resolve(std::string_view value, std::string_view home, const std::filesystem::path& fallback);
+
+    // The folder the environment variable `variable` names for this
+    // process, by resolve() with $HOME; when that gives none, with the home
+    // folder the password database gives this user instead, since some
+    // service managers start processes without HOME. None when neither
+    // gives an absolute folder.
+    static std::optional<std::filesystem::path> forThisProcess(const char* variable, const std::filesystem::path& fallback);
+
+    // This user's home folder in the password database; empty when the
+    // database has no entry for the user.
+    static std::string passwordDatabaseHome();
 };
 
 } // namespace velmora

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "DBusSignalSubscription.h"
+#include "DesktopWindowSignal.h"
 #include "GuardedCallback.h"
 #include "VelmoraMac/Platform/Desktop/WallClockAlarm.h"
 #include "VelmoraMac/Platform/Headless/HeadlessMainThread.h"
@@ -17,6 +18,9 @@ namespace {
 constexpr const char* serverName = "org.freedesktop.Notifications";
 constexpr const char* serverPath = "/org/freedesktop/Notifications";
 constexpr const char* serverInterface = "org.freedesktop.Notifications";
+constexpr const char* busName = "org.freedesktop.DBus";
+constexpr const char* busPath = "/org/freedesktop/DBus";
+constexpr const char* busInterface = "org.freedesktop.DBus";
 // What a click on a notification's body invokes.
 constexpr const char* defaultAction = "default";
 // The notification server's own sound for a message.
@@ -41,27 +45,6 @@ GVariant* callSync(GDBusConnection* connection, const char* name, const char* pa
     return reply;
 }
 
-// Whether GNOME's switch for our notifications is on; true where there is
-// no such switch. The schema is looked up first because GSettings aborts
-// the process on a schema that is not installed.
-bool gnomeAllows()
-{
-    GSettingsSchemaSource* source = g_settings_schema_source_get_default();
-    if (source == nullptr)
-        return true;
-    GSettingsSchema* schema = g_settings_schema_source_lookup(source, DesktopNotificationCenter::gnomeSettingsSchema, TRUE);
-    if (schema == nullptr)
-        return true;
-    bool allowed = true;
-    if (g_settings_schema_has_key(schema, "enable") != FALSE) {
-        GSettings* settings = g_settings_new_full(schema, nullptr, DesktopNotificationCenter::gnomeSettingsPath);
-        allowed = g_settings_get_boolean(settings, "enable") != FALSE;
-        g_object_unref(settings);
-    }
-    g_settings_schema_unref(schema);
-    return allowed;
-}
-
 } // namespace
 
 DesktopNotificationCenter::DesktopNotificationCenter(GDBusConnection* sessionBus, FiringTime firingTime)
@@ -80,7 +63,7 @@ DesktopNotificationCenter::DesktopNotificationCenter(GDBusConnection* sessionBus
     }
 }
 
-std::shared_ptr<DesktopNotificationCenter> DesktopNotificationCenter::forThisSession()
+NotNullShared<DesktopNotificationCenter> DesktopNotificationCenter::forThisSession()
 {
     GError* error = nullptr;
     GDBusConnection* bus = g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, &error);
@@ -88,7 +71,7 @@ std::shared_ptr<DesktopNotificationCenter> DesktopNotificationCenter::forThisSes
         // No session bus: no server either, which the status reports.
         g_error_free(error);
     }
-    auto center = std::make_shared<DesktopNotificationCenter>(bus);
+    auto center = NotNullShared<DesktopNotificationCenter>::make(bus);
     if (bus != nullptr)
         g_object_unref(bus);
     return center;
@@ -113,10 +96,51 @@ void DesktopNotificationCenter::start()
     });
     m_actionInvoked = std::make_unique<DBusSignalSubscription>(m_connection.get(), DBusSignalSubscription::Match{serverName, serverInterface, "ActionInvoked", serverPath, nullptr}, &DesktopNotificationCenter::actionInvoked, this);
     m_notificationClosed = std::make_unique<DBusSignalSubscription>(m_connection.get(), DBusSignalSubscription::Match{serverName, serverInterface, "NotificationClosed", serverPath, nullptr}, &DesktopNotificationCenter::notificationClosed, this);
+    watchServer();
+    watchGnomeSwitch();
+}
+
+void DesktopNotificationCenter::watchServer()
+{
+    if (!m_connection)
+        return;
+    // Subscribed before asking: the bus handles our messages in order, so a
+    // change after the answer is told by a signal, and one before it is
+    // told by both, which agree.
+    m_serverOwnerChanged = std::make_unique<DBusSignalSubscription>(m_connection.get(), DBusSignalSubscription::Match{busName, busInterface, "NameOwnerChanged", busPath, serverName}, &DesktopNotificationCenter::serverOwnerChanged, this);
+    if (GVariant* reply = callSync(m_connection.get(), busName, busPath, busInterface, "NameHasOwner", g_variant_new("(s)", serverName), G_VARIANT_TYPE("(b)"))) {
+        gboolean owned = FALSE;
+        g_variant_get(reply, "(b)", &owned);
+        g_variant_unref(reply);
+        m_serverOwned = owned != FALSE;
+    }
+    m_serverActivatable = serverActivatable();
+}
+
+void DesktopNotificationCenter::watchGnomeSwitch()
+{
+    // Looked up first because GSettings aborts the process on a schema that
+    // is not installed; without one, there is no switch to turn us off.
+    GSettingsSchemaSource* source = g_settings_schema_source_get_default();
+    if (source == nullptr)
+        return;
+    GSettingsSchema* schema = g_settings_schema_source_lookup(source, gnomeSettingsSchema, TRUE);
+    if (schema == nullptr)
+        return;
+    if (g_settings_schema_has_key(schema, "enable") != FALSE) {
+        // Made on the centre's thread, so that its changes are told there.
+        m_gnomeSettings = Settings::adopt(g_settings_new_full(schema, nullptr, gnomeSettingsPath));
+        m_gnomeSwitchChanged = std::make_unique<DesktopWindowSignal>(m_gnomeSettings.get(), "changed::enable", G_CALLBACK(&DesktopNotificationCenter::gnomeSwitchChanged), this);
+        m_gnomeAllows = g_settings_get_boolean(m_gnomeSettings.get(), "enable") != FALSE;
+    }
+    g_settings_schema_unref(schema);
 }
 
 void DesktopNotificationCenter::stop()
 {
+    m_gnomeSwitchChanged.reset();
+    m_gnomeSettings.reset();
+    m_serverOwnerChanged.reset();
     m_notificationClosed.reset();
     m_actionInvoked.reset();
     m_alarm.reset();
@@ -194,35 +218,26 @@ void DesktopNotificationCenter::setClickHandler(ClickHandler handler)
 
 NotificationAuthorizationStatus DesktopNotificationCenter::status() const
 {
-    if (!gnomeAllows() || !serverAvailable())
+    if (!m_gnomeAllows || !(m_serverOwned || m_serverActivatable))
         return NotificationAuthorizationStatus::denied;
     return NotificationAuthorizationStatus::authorized;
 }
 
-bool DesktopNotificationCenter::serverAvailable() const
+bool DesktopNotificationCenter::serverActivatable() const
 {
-    if (!m_connection)
-        return false;
-    bool available = false;
-    if (GVariant* reply = callSync(m_connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "NameHasOwner", g_variant_new("(s)", serverName), G_VARIANT_TYPE("(b)"))) {
-        gboolean owned = FALSE;
-        g_variant_get(reply, "(b)", &owned);
-        g_variant_unref(reply);
-        available = owned != FALSE;
-    }
-    if (available)
-        return true;
     // Most desktops start their server only for the first notification.
-    if (GVariant* reply = callSync(m_connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "ListActivatableNames", nullptr, G_VARIANT_TYPE("(as)"))) {
-        GVariantIter* names = nullptr;
-        g_variant_get(reply, "(as)", &names);
-        const gchar* name = nullptr;
-        while (!available && g_variant_iter_next(names, "&s", &name) != FALSE)
-            available = g_strcmp0(name, serverName) == 0;
-        g_variant_iter_free(names);
-        g_variant_unref(reply);
-    }
-    return available;
+    GVariant* reply = callSync(m_connection.get(), busName, busPath, busInterface, "ListActivatableNames", nullptr, G_VARIANT_TYPE("(as)"));
+    if (reply == nullptr)
+        return false;
+    bool activatable = false;
+    GVariantIter* names = nullptr;
+    g_variant_get(reply, "(as)", &names);
+    const gchar* name = nullptr;
+    while (!activatable && g_variant_iter_next(names, "&s", &name) != FALSE)
+        activatable = g_strcmp0(name, serverName) == 0;
+    g_variant_iter_free(names);
+    g_variant_unref(reply);
+    return activatable;
 }
 
 void DesktopNotificationCenter::addNow(NotificationRequest request, const AddCompletion& completion)
@@ -345,6 +360,25 @@ void DesktopNotificationCenter::notificationClosed(GDBusConnection* /*connection
     g_variant_get(parameters, "(uu)", &id, &reason);
     // Erasing from a map throws nothing.
     static_cast<DesktopNotificationCenter*>(self)->m_delivered.erase(id);
+}
+
+void DesktopNotificationCenter::serverOwnerChanged(GDBusConnection* /*connection*/, const gchar* /*sender*/, const gchar* /*path*/, const gchar* /*interfaceName*/, const gchar* /*signal*/, GVariant* parameters, gpointer self)
+{
+    if (g_variant_is_of_type(parameters, G_VARIANT_TYPE("(sss)")) == FALSE)
+        return;
+    const gchar* newOwner = nullptr;
+    g_variant_get_child(parameters, 2, "&s", &newOwner);
+    auto* center = static_cast<DesktopNotificationCenter*>(self);
+    center->m_serverOwned = *newOwner != '\0';
+    // A server gone leaves the question whether the bus can start another;
+    // the list may have changed since it was last asked.
+    if (!center->m_serverOwned)
+        center->m_serverActivatable = center->serverActivatable();
+}
+
+void DesktopNotificationCenter::gnomeSwitchChanged(GSettings* settings, const gchar* /*key*/, gpointer self)
+{
+    static_cast<DesktopNotificationCenter*>(self)->m_gnomeAllows = g_settings_get_boolean(settings, "enable") != FALSE;
 }
 
 } // namespace velmora

@@ -12,12 +12,14 @@
 
 #include <gio/gio.h>
 
+#include "NotNullShared.h"
 #include "VelmoraMac/Platform/GLibPointer.h"
 #include "VelmoraMac/Platform/NotificationCenter.h"
 
 namespace velmora {
 
 class DBusSignalSubscription;
+class DesktopWindowSignal;
 class HeadlessMainThread;
 class WallClockAlarm;
 
@@ -39,6 +41,13 @@ class WallClockAlarm;
 // unless GNOME's per-application switch for this application is off, and
 // denied otherwise. Nobody is ever asked, so the status is never "not
 // determined", and requestAuthorization grants exactly when authorized.
+// The shell asks on every noticing, so the answer comes from what the
+// centre keeps watching rather than from a round trip: the name's owner
+// (the bus tells of every change), whether the bus can start a server
+// (asked at the start and whenever a server goes away, as one started by
+// the bus for our first notification may end again), and the switch
+// (GSettings tells of its changes). Asking sends no message and reads no
+// file.
 //
 // A click on the body of one of ours reaches the click handler with the
 // request's identifier. Every client hears every click (ActionInvoked is
@@ -48,9 +57,10 @@ class WallClockAlarm;
 // Threading: as the interface asks. The centre runs on a thread of its own,
 // iterating a GLib context of its own; every operation is queued there in
 // the order of the calls, and answers and clicks come from there. The calls
-// to the server are synchronous on that thread, so a server that hangs
-// delays the answers, up to a time-out, never the caller. A server that
-// cannot be reached loses the notification: there is nobody to tell.
+// to the server and the bus are synchronous on that thread, so a server
+// that hangs delays the answers, up to a time-out, never the caller. A
+// server that cannot be reached loses the notification: there is nobody to
+// tell.
 class DesktopNotificationCenter final : public NotificationCenter {
 public:
     // When a trigger fires; none for a trigger that names no time.
@@ -72,7 +82,7 @@ public:
     // kernel gives no timer.
     explicit DesktopNotificationCenter(GDBusConnection* sessionBus, FiringTime firingTime = {});
     // On the session bus of this process; with no bus, as above.
-    static std::shared_ptr<DesktopNotificationCenter> forThisSession();
+    static NotNullShared<DesktopNotificationCenter> forThisSession();
 
     DesktopNotificationCenter(const DesktopNotificationCenter&) = delete;
     DesktopNotificationCenter& operator=(const DesktopNotificationCenter&) = delete;
@@ -94,6 +104,7 @@ public:
 
 private:
     using Connection = GLibPointer<GDBusConnection, g_object_ref, g_object_unref>;
+    using Settings = GLibPointer<GSettings, g_object_ref, g_object_unref>;
 
     struct Pending {
         NotificationRequest request;
@@ -105,8 +116,10 @@ private:
     // The operations on the centre's thread.
     void start();
     void stop();
+    void watchServer();
+    void watchGnomeSwitch();
     [[nodiscard]] NotificationAuthorizationStatus status() const;
-    [[nodiscard]] bool serverAvailable() const;
+    [[nodiscard]] bool serverActivatable() const;
     void addNow(NotificationRequest request, const AddCompletion& completion);
     void arm();
     void postDue();
@@ -115,6 +128,8 @@ private:
 
     static void actionInvoked(GDBusConnection* connection, const gchar* sender, const gchar* path, const gchar* interfaceName, const gchar* signal, GVariant* parameters, gpointer self);
     static void notificationClosed(GDBusConnection* connection, const gchar* sender, const gchar* path, const gchar* interfaceName, const gchar* signal, GVariant* parameters, gpointer self);
+    static void serverOwnerChanged(GDBusConnection* connection, const gchar* sender, const gchar* path, const gchar* interfaceName, const gchar* signal, GVariant* parameters, gpointer self);
+    static void gnomeSwitchChanged(GSettings* settings, const gchar* key, gpointer self);
 
     // Queues `operation` on the centre's thread.
     void enqueue(std::function<void()> operation);
@@ -126,6 +141,14 @@ private:
     std::unique_ptr<WallClockAlarm> m_alarm;
     std::unique_ptr<DBusSignalSubscription> m_actionInvoked;
     std::unique_ptr<DBusSignalSubscription> m_notificationClosed;
+    std::unique_ptr<DBusSignalSubscription> m_serverOwnerChanged;
+    // What the status is made of, kept current by the watches.
+    bool m_serverOwned = false;
+    bool m_serverActivatable = false;
+    bool m_gnomeAllows = true;
+    // GNOME's switch, where its schema is installed.
+    Settings m_gnomeSettings;
+    std::unique_ptr<DesktopWindowSignal> m_gnomeSwitchChanged;
     std::vector<Pending> m_pending;
     std::uint64_t m_nextOrder = 0;
     // Our notifications on screen: the server's id, the request's identifier.

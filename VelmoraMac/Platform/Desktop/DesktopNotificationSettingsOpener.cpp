@@ -14,9 +14,9 @@ DesktopNotificationSettingsOpener::DesktopNotificationSettingsOpener(std::vector
 {
 }
 
-std::shared_ptr<DesktopNotificationSettingsOpener> DesktopNotificationSettingsOpener::forThisSession(std::shared_ptr<DiagnosticLog> log)
+NotNullShared<DesktopNotificationSettingsOpener> DesktopNotificationSettingsOpener::forThisSession(std::shared_ptr<DiagnosticLog> log)
 {
-    return std::make_shared<DesktopNotificationSettingsOpener>(settingsCommandFor(XdgBaseDirectory::environmentVariable("XDG_CURRENT_DESKTOP")), &launchDetached, std::move(log));
+    return NotNullShared<DesktopNotificationSettingsOpener>::make(settingsCommandFor(XdgBaseDirectory::environmentVariable("XDG_CURRENT_DESKTOP")), &launchDetached, std::move(log));
 }
 
 std::vector<std::string> DesktopNotificationSettingsOpener::settingsCommandFor(std::string_view currentDesktop)

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "NotNullShared.h"
 #include "VelmoraMac/Platform/DiagnosticLog.h"
 #include "VelmoraMac/Platform/NotificationSettingsOpener.h"
 
@@ -27,7 +28,7 @@ public:
     // `log` may be null.
     DesktopNotificationSettingsOpener(std::vector<std::string> settingsCommand, CommandLauncher launcher, std::shared_ptr<DiagnosticLog> log);
     // The panel of $XDG_CURRENT_DESKTOP, started through GLib.
-    static std::shared_ptr<DesktopNotificationSettingsOpener> forThisSession(std::shared_ptr<DiagnosticLog> log);
+    static NotNullShared<DesktopNotificationSettingsOpener> forThisSession(std::shared_ptr<DiagnosticLog> log);
 
     // The notification settings of the desktops named in `currentDesktop`
     // (a colon-separated XDG_CURRENT_DESKTOP); empty where none is known.

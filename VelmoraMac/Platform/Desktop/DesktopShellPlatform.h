@@ -13,8 +13,11 @@ class DesktopSystemEvents;
 // through the desktop's own facility (a StatusNotifierItem for the status
 // item, GTK windows, GDK's event handler, org.freedesktop.Notifications,
 // logind, timedated, XDG autostart), wired to one hub of system
-// notifications. Built and used on GTK's thread, the platform's main
-// thread.
+// notifications. Every service is there whatever the session lacks: without
+// a session or system bus, or a folder for the autostart entry, each one
+// quietly does without (denies notifications, shows no tray item, refuses
+// to register the login item, saying why). Built and used on GTK's thread,
+// the platform's main thread.
 class DesktopShellPlatform {
 public:
     // Claims the session's single instance first: when another process of

@@ -9,7 +9,7 @@ DesktopStatusBar::DesktopStatusBar(GDBusConnection* bus)
 {
 }
 
-std::shared_ptr<DesktopStatusBar> DesktopStatusBar::onSessionBus()
+NotNullShared<DesktopStatusBar> DesktopStatusBar::onSessionBus()
 {
     GError* error = nullptr;
     const Connection bus = Connection::adopt(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, &error));
@@ -17,7 +17,7 @@ std::shared_ptr<DesktopStatusBar> DesktopStatusBar::onSessionBus()
     // buttons still work for the shell.
     if (error != nullptr)
         g_error_free(error);
-    return std::make_shared<DesktopStatusBar>(bus.get());
+    return NotNullShared<DesktopStatusBar>::make(bus.get());
 }
 
 std::shared_ptr<StatusItem> DesktopStatusBar::statusItem(double length)

@@ -4,6 +4,7 @@
 
 #include <gio/gio.h>
 
+#include "NotNullShared.h"
 #include "VelmoraMac/Platform/GLibPointer.h"
 #include "VelmoraMac/Platform/StatusBar.h"
 
@@ -22,7 +23,7 @@ public:
     explicit DesktopStatusBar(GDBusConnection* bus);
 
     // On the session bus; on none when the session has no bus.
-    static std::shared_ptr<DesktopStatusBar> onSessionBus();
+    static NotNullShared<DesktopStatusBar> onSessionBus();
 
     std::shared_ptr<StatusItem> statusItem(double length) override;
 

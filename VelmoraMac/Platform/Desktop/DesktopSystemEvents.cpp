@@ -61,12 +61,12 @@ DesktopSystemEvents::DesktopSystemEvents(std::shared_ptr<SystemNotificationHub> 
     g_main_context_pop_thread_default(g_main_context_default());
 }
 
-std::shared_ptr<DesktopSystemEvents> DesktopSystemEvents::forThisSession(std::shared_ptr<SystemNotificationHub> hub)
+NotNullShared<DesktopSystemEvents> DesktopSystemEvents::forThisSession(std::shared_ptr<SystemNotificationHub> hub)
 {
     // A bus that cannot be reached is null here: its events never come.
     GDBusConnection* systemBus = g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr);
     GDBusConnection* sessionBus = g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr);
-    auto events = std::make_shared<DesktopSystemEvents>(std::move(hub), systemBus, sessionBus);
+    auto events = NotNullShared<DesktopSystemEvents>::make(std::move(hub), systemBus, sessionBus);
     if (systemBus != nullptr)
         g_object_unref(systemBus);
     if (sessionBus != nullptr)

@@ -5,6 +5,7 @@
 
 #include <gio/gio.h>
 
+#include "NotNullShared.h"
 #include "VelmoraMac/Platform/GLibPointer.h"
 #include "VelmoraMac/Platform/SystemNotificationHub.h"
 
@@ -38,8 +39,8 @@ public:
     // Listens on `systemBus` and `sessionBus` (message-bus connections;
     // either may be null).
     DesktopSystemEvents(std::shared_ptr<SystemNotificationHub> hub, GDBusConnection* systemBus, GDBusConnection* sessionBus);
-    // On the buses of this process.
-    static std::shared_ptr<DesktopSystemEvents> forThisSession(std::shared_ptr<SystemNotificationHub> hub);
+    // On the buses of this process; on none where a bus cannot be reached.
+    static NotNullShared<DesktopSystemEvents> forThisSession(std::shared_ptr<SystemNotificationHub> hub);
 
     DesktopSystemEvents(const DesktopSystemEvents&) = delete;
     DesktopSystemEvents& operator=(const DesktopSystemEvents&) = delete;

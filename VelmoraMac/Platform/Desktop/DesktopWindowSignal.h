@@ -12,7 +12,7 @@ namespace velmora {
 // simply leaves nothing to disconnect. The holder's address is registered
 // with GObject, so it can be neither copied nor moved; keep it in place or
 // behind a pointer.
-// Main thread only (GTK's).
+// On the thread that emits the instance's signals: GTK's for widgets.
 class DesktopWindowSignal {
 public:
     enum class When : bool {

@@ -4,8 +4,11 @@
 #include <utility>
 
 #include "AutostartEntry.h"
+#include "DesktopWindowSignal.h"
 #include "DetachedCommand.h"
+#include "GuardedCallback.h"
 #include "LoginLaunchMarker.h"
+#include "UnavailableLoginItemService.h"
 #include "VelmoraCore/DurableFile.h"
 #include "VelmoraMac/Platform/LoginItemError.h"
 #include "VelmoraMac/Platform/XdgBaseDirectory.h"
@@ -19,19 +22,33 @@ XdgAutostartLoginItemService::XdgAutostartLoginItemService(fs::path entry, std::
     , m_command(std::move(command))
     , m_settingsCommand(std::move(settingsCommand))
     , m_launcher(std::move(launcher))
+    , m_folder(File::adopt(g_file_new_for_path(m_entry.parent_path().c_str())))
 {
+    // Watched before it is read, so that no change falls between the two.
+    watchFolder();
+    m_status = readStatus();
 }
 
-std::shared_ptr<XdgAutostartLoginItemService> XdgAutostartLoginItemService::forThisProcess()
+XdgAutostartLoginItemService::~XdgAutostartLoginItemService()
 {
-    const std::optional<fs::path> configHome = configHomeFrom(XdgBaseDirectory::environmentVariable("XDG_CONFIG_HOME"), XdgBaseDirectory::environmentVariable("HOME"));
+    if (m_monitor)
+        g_file_monitor_cancel(m_monitor.get());
+}
+
+NotNullShared<LoginItemService> XdgAutostartLoginItemService::forThisProcess()
+{
+    return forConfigHome(XdgBaseDirectory::forThisProcess("XDG_CONFIG_HOME", ".config"));
+}
+
+NotNullShared<LoginItemService> XdgAutostartLoginItemService::forConfigHome(const std::optional<fs::path>& configHome)
+{
     if (!configHome)
-        return nullptr;
+        return NotNullShared<UnavailableLoginItemService>::make("there is no configuration folder for the autostart entry: neither XDG_CONFIG_HOME, HOME nor the password database names one");
     const std::string executable = LoginLaunchMarker::processExecutable();
     std::vector<std::string> command;
     if (!executable.empty())
         command = LoginLaunchMarker::loginCommand(executable, LoginLaunchMarker::processArguments());
-    return std::make_shared<XdgAutostartLoginItemService>(*configHome / "autostart" / entryName, std::move(command), settingsCommandFor(XdgBaseDirectory::environmentVariable("XDG_CURRENT_DESKTOP")), &launchDetached);
+    return NotNullShared<XdgAutostartLoginItemService>::make(*configHome / "autostart" / entryName, std::move(command), settingsCommandFor(XdgBaseDirectory::environmentVariable("XDG_CURRENT_DESKTOP")), &launchDetached);
 }
 
 std::optional<fs::path> XdgAutostartLoginItemService::configHomeFrom(std::string_view xdgConfigHome, std::string_view home)
@@ -50,6 +67,11 @@ std::vector<std::string> XdgAutostartLoginItemService::settingsCommandFor(std::s
 
 LoginItemStatus XdgAutostartLoginItemService::status() const
 {
+    return m_status;
+}
+
+LoginItemStatus XdgAutostartLoginItemService::readStatus() const
+{
     std::string text;
     try {
         text = DurableFile::read(m_entry);
@@ -58,6 +80,50 @@ LoginItemStatus XdgAutostartLoginItemService::status() const
         return LoginItemStatus::notRegistered;
     }
     return AutostartEntry::launches(text) ? LoginItemStatus::enabled : LoginItemStatus::notRegistered;
+}
+
+void XdgAutostartLoginItemService::watchFolder()
+{
+    GError* error = nullptr;
+    // The monitor tells of changes on the context that is thread-default
+    // when it is made: the main loop's, whatever the caller pushed.
+    g_main_context_push_thread_default(g_main_context_default());
+    m_monitor = FileMonitor::adopt(g_file_monitor_directory(m_folder.get(), G_FILE_MONITOR_NONE, nullptr, &error));
+    g_main_context_pop_thread_default(g_main_context_default());
+    if (!m_monitor) {
+        // No file monitoring here: the status then follows our own changes
+        // only, and a change made elsewhere shows at the next start.
+        g_error_free(error);
+        return;
+    }
+    m_folderChanged = std::make_unique<DesktopWindowSignal>(m_monitor.get(), "changed", G_CALLBACK(&XdgAutostartLoginItemService::folderChanged), this);
+}
+
+bool XdgAutostartLoginItemService::concernsEntry(GFile* file) const
+{
+    if (file == nullptr)
+        return false;
+    if (g_file_equal(file, m_folder.get()) != FALSE)
+        return true;
+    gchar* name = g_file_get_basename(file);
+    const bool concerns = name != nullptr && m_entry.filename() == name;
+    g_free(name);
+    return concerns;
+}
+
+void XdgAutostartLoginItemService::folderChanged(GFileMonitor* /*monitor*/, GFile* file, GFile* otherFile, GFileMonitorEvent event, gpointer self)
+{
+    // A write in progress: its end comes as a hint of its own, and the
+    // entry is read then, whole.
+    if (event == G_FILE_MONITOR_EVENT_CHANGED)
+        return;
+    runGuarded([&] {
+        auto* service = static_cast<XdgAutostartLoginItemService*>(self);
+        // The folder itself appearing or going: a folder made after the
+        // monitor is told of as a whole, with the entry already inside.
+        if (service->concernsEntry(file) || service->concernsEntry(otherFile))
+            service->m_status = service->readStatus();
+    });
 }
 
 void XdgAutostartLoginItemService::registerLoginItem()
@@ -70,6 +136,9 @@ void XdgAutostartLoginItemService::registerLoginItem()
     } catch (const fs::filesystem_error& error) {
         throw LoginItemError(error.what());
     }
+    // Known without reading it back; the monitor's word on our own write
+    // comes later and agrees.
+    m_status = LoginItemStatus::enabled;
 }
 
 void XdgAutostartLoginItemService::unregisterLoginItem()
@@ -78,6 +147,7 @@ void XdgAutostartLoginItemService::unregisterLoginItem()
     fs::remove(m_entry, error);
     if (error)
         throw LoginItemError(fs::filesystem_error("remove the autostart entry", m_entry, error).what());
+    m_status = LoginItemStatus::notRegistered;
 }
 
 void XdgAutostartLoginItemService::openLoginItemsSettings()

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <functional>
@@ -67,6 +68,43 @@ private:
     std::vector<T> m_answers;
 };
 
+// GNOME's switch for our notifications, where its schema is installed; on
+// again once the test is over, as GSettings' memory backend keeps it for
+// the rest of the process.
+class GnomeSwitch {
+public:
+    GnomeSwitch()
+    {
+        GSettingsSchemaSource* source = g_settings_schema_source_get_default();
+        m_schema = source != nullptr ? g_settings_schema_source_lookup(source, DesktopNotificationCenter::gnomeSettingsSchema, TRUE) : nullptr;
+        m_settings = m_schema != nullptr ? g_settings_new_full(m_schema, nullptr, DesktopNotificationCenter::gnomeSettingsPath) : nullptr;
+        set(true);
+    }
+    GnomeSwitch(const GnomeSwitch&) = delete;
+    GnomeSwitch& operator=(const GnomeSwitch&) = delete;
+    GnomeSwitch(GnomeSwitch&&) = delete;
+    GnomeSwitch& operator=(GnomeSwitch&&) = delete;
+    ~GnomeSwitch()
+    {
+        set(true);
+        if (m_settings != nullptr)
+            g_object_unref(m_settings);
+        if (m_schema != nullptr)
+            g_settings_schema_unref(m_schema);
+    }
+
+    [[nodiscard]] bool installed() const { return m_settings != nullptr; }
+    void set(bool on)
+    {
+        if (m_settings != nullptr)
+            g_settings_set_boolean(m_settings, "enable", on ? TRUE : FALSE);
+    }
+
+private:
+    GSettingsSchema* m_schema = nullptr;
+    GSettings* m_settings = nullptr;
+};
+
 // A notification server (python3-dbusmock's notification_daemon) on a
 // private session bus, and a centre whose triggers fire within seconds: a
 // trigger's minute counts seconds from the test's start, so that no test
@@ -123,6 +161,16 @@ protected:
             }
         }
         return notifications;
+    }
+
+    // The status as the centre answers it now.
+    [[nodiscard]] NotificationAuthorizationStatus statusNow() const
+    {
+        // Shared with the completion, which may outlive a wait that gave up.
+        auto statuses = std::make_shared<Answers<NotificationAuthorizationStatus>>();
+        m_center->getAuthorizationStatus([statuses](NotificationAuthorizationStatus status) { statuses->add(status); });
+        const auto answers = statuses->waitFor(1);
+        return answers.empty() ? NotificationAuthorizationStatus::notDetermined : answers.front();
     }
 
     void invoke(std::uint32_t id, const char* action) const
@@ -221,9 +269,7 @@ struct AuthorizationCase {
 
 TEST_F(DesktopNotificationCenterTest, Authorization_FollowsTheServerAndGnomesSwitch)
 {
-    GSettingsSchemaSource* source = g_settings_schema_source_get_default();
-    GSettingsSchema* schema = source != nullptr ? g_settings_schema_source_lookup(source, DesktopNotificationCenter::gnomeSettingsSchema, TRUE) : nullptr;
-    GSettings* gnome = schema != nullptr ? g_settings_new_full(schema, nullptr, DesktopNotificationCenter::gnomeSettingsPath) : nullptr;
+    GnomeSwitch gnome;
     const AuthorizationCase cases[] = {
         {.name = "no server", .server = false, .gnomeSwitchOn = true, .status = NotificationAuthorizationStatus::denied},
         {.name = "a server", .server = true, .gnomeSwitchOn = true, .status = NotificationAuthorizationStatus::authorized},
@@ -232,12 +278,11 @@ TEST_F(DesktopNotificationCenterTest, Authorization_FollowsTheServerAndGnomesSwi
     bool serverStarted = false;
     for (const AuthorizationCase& testCase : cases) {
         SCOPED_TRACE(testCase.name);
-        if (!testCase.gnomeSwitchOn && gnome == nullptr) {
+        if (!testCase.gnomeSwitchOn && !gnome.installed()) {
             std::cout << "GNOME's notification schema is not installed: \"" << testCase.name << "\" not tried\n";
             continue;
         }
-        if (gnome != nullptr)
-            g_settings_set_boolean(gnome, "enable", testCase.gnomeSwitchOn ? TRUE : FALSE);
+        gnome.set(testCase.gnomeSwitchOn);
         if (testCase.server && !serverStarted) {
             startServer();
             serverStarted = true;
@@ -251,10 +296,52 @@ TEST_F(DesktopNotificationCenterTest, Authorization_FollowsTheServerAndGnomesSwi
         EXPECT_EQ(grants.waitFor(1), std::vector<bool>{testCase.status == NotificationAuthorizationStatus::authorized});
         m_center.reset();
     }
-    if (gnome != nullptr)
-        g_object_unref(gnome);
-    if (schema != nullptr)
-        g_settings_schema_unref(schema);
+}
+
+TEST_F(DesktopNotificationCenterTest, Authorization_FollowsChangesWhileTheCentreRuns)
+{
+    GnomeSwitch gnome;
+    startCenter();
+    EXPECT_EQ(statusNow(), NotificationAuthorizationStatus::denied);
+
+    startServer();
+    EXPECT_TRUE(waitUntil([&] { return statusNow() == NotificationAuthorizationStatus::authorized; })) << "a server that appears";
+    if (gnome.installed()) {
+        gnome.set(false);
+        EXPECT_TRUE(waitUntil([&] { return statusNow() == NotificationAuthorizationStatus::denied; })) << "GNOME's switch turned off";
+        gnome.set(true);
+        EXPECT_TRUE(waitUntil([&] { return statusNow() == NotificationAuthorizationStatus::authorized; })) << "and on again";
+    }
+
+    m_session.stopMocks();
+    EXPECT_TRUE(waitUntil([&] { return statusNow() == NotificationAuthorizationStatus::denied; })) << "a server that goes, with none the bus could start";
+}
+
+TEST_F(DesktopNotificationCenterTest, Authorization_IsAnsweredWithoutAMessageOnTheBus)
+{
+    startServer();
+    startCenter();
+    // What the centre asks once, at its start, is asked by now.
+    ASSERT_EQ(statusNow(), NotificationAuthorizationStatus::authorized);
+
+    GDBusConnection* bus = m_session.connection(Bus::session);
+    // Filters run on GDBus's own thread, possibly once more after their
+    // removal: the count is shared with the filter until GDBus lets it go.
+    auto outgoing = std::make_shared<std::atomic<int>>(0);
+    const guint filter = g_dbus_connection_add_filter(
+        bus, [](GDBusConnection* /*connection*/, GDBusMessage* message, gboolean incoming, gpointer count) -> GDBusMessage* {
+            if (incoming == FALSE)
+                ++**static_cast<std::shared_ptr<std::atomic<int>>*>(count);
+            return message; },
+        new std::shared_ptr<std::atomic<int>>(outgoing), [](gpointer count) { delete static_cast<std::shared_ptr<std::atomic<int>>*>(count); });
+    Answers<bool> grants;
+    for (int request = 0; request < 5; ++request) {
+        EXPECT_EQ(statusNow(), NotificationAuthorizationStatus::authorized);
+        m_center->requestAuthorization([&](bool granted) { grants.add(granted); });
+    }
+    EXPECT_EQ(grants.waitFor(5), std::vector<bool>(5, true));
+    g_dbus_connection_remove_filter(bus, filter);
+    EXPECT_EQ(outgoing->load(), 0);
 }
 
 } // namespace

@@ -1,3 +1,4 @@
+#include <chrono>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -5,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "DesktopSession.h"
 #include "VelmoraCore/DurableFile.h"
 #include "VelmoraMac/Platform/Desktop/LoginLaunchMarker.h"
 #include "VelmoraMac/Platform/Desktop/XdgAutostartLoginItemService.h"
@@ -15,6 +17,10 @@ namespace velmora {
 namespace {
 
 namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+
+constexpr const char* launchingEntry = "[Desktop Entry]\nType=Application\nExec=pond\n";
+constexpr const char* hiddenEntry = "[Desktop Entry]\nType=Application\nExec=pond\nHidden=true\n";
 
 std::vector<std::string> pondCommand()
 {
@@ -31,6 +37,13 @@ protected:
                     m_launched.push_back(launched);
                     return false;
                 }};
+    }
+
+    // Iterates the main loop, where the autostart folder's changes are
+    // told, until `login` reports `expected`.
+    static bool seen(const LoginItemService& login, LoginItemStatus expected)
+    {
+        return test::iterateUntil([&] { return login.status() == expected; }, 20s);
     }
 
     test::TemporaryFolder m_folder;
@@ -51,14 +64,32 @@ TEST_F(XdgAutostartLoginItemServiceTest, Switching_WritesAndRemovesTheEntryTheSe
     EXPECT_EQ(login.status(), LoginItemStatus::enabled) << "registering twice changes nothing";
 
     // The desktop's own switch turned it off: on again means rewritten.
-    DurableFile::write(entry(), "[Desktop Entry]\nExec=pond\nHidden=true\n");
-    EXPECT_EQ(login.status(), LoginItemStatus::notRegistered);
+    DurableFile::write(entry(), hiddenEntry);
+    ASSERT_TRUE(seen(login, LoginItemStatus::notRegistered));
     login.registerLoginItem();
     EXPECT_EQ(login.status(), LoginItemStatus::enabled);
 
     login.unregisterLoginItem();
     EXPECT_FALSE(fs::exists(entry()));
     EXPECT_EQ(login.status(), LoginItemStatus::notRegistered);
+}
+
+TEST_F(XdgAutostartLoginItemServiceTest, ChangesMadeElsewhere_AreSeenWhenTheMainLoopTellsOfThem)
+{
+    // The autostart folder does not exist yet: it is watched all the same.
+    XdgAutostartLoginItemService login = service();
+    fs::create_directories(entry().parent_path());
+    DurableFile::write(entry(), launchingEntry);
+    EXPECT_EQ(login.status(), LoginItemStatus::notRegistered) << "nothing is read until the main loop tells of the change";
+    ASSERT_TRUE(seen(login, LoginItemStatus::enabled)) << "an entry in a folder made after the service";
+
+    DurableFile::write(entry(), hiddenEntry);
+    EXPECT_EQ(login.status(), LoginItemStatus::enabled) << "nothing is read until the main loop tells of the change";
+    ASSERT_TRUE(seen(login, LoginItemStatus::notRegistered)) << "switched off";
+    DurableFile::write(entry(), launchingEntry);
+    ASSERT_TRUE(seen(login, LoginItemStatus::enabled)) << "switched on";
+    fs::remove(entry());
+    ASSERT_TRUE(seen(login, LoginItemStatus::notRegistered)) << "deleted";
 }
 
 TEST_F(XdgAutostartLoginItemServiceTest, Refusals_RaiseLoginItemErrorAndChangeNothing)
@@ -77,6 +108,25 @@ TEST_F(XdgAutostartLoginItemServiceTest, Refusals_RaiseLoginItemErrorAndChangeNo
     fs::remove(entry().parent_path());
     fs::create_directories(entry() / "a folder, not an entry");
     EXPECT_THROW(login.unregisterLoginItem(), LoginItemError);
+}
+
+TEST_F(XdgAutostartLoginItemServiceTest, ForAConfigurationHome_ThereIsAlwaysAServiceAndWithoutOneItRefusesToRegister)
+{
+    const NotNullShared<LoginItemService> none = XdgAutostartLoginItemService::forConfigHome(std::nullopt);
+    EXPECT_EQ(none->status(), LoginItemStatus::notRegistered);
+    try {
+        none->registerLoginItem();
+        ADD_FAILURE() << "registered with nowhere to write";
+    } catch (const LoginItemError& error) {
+        EXPECT_STRNE(error.what(), "") << "the panel shows why";
+    }
+    EXPECT_EQ(none->status(), LoginItemStatus::notRegistered);
+    EXPECT_NO_THROW(none->unregisterLoginItem()) << "nothing to remove is fine";
+
+    const NotNullShared<LoginItemService> some = XdgAutostartLoginItemService::forConfigHome(m_folder / "config");
+    some->registerLoginItem();
+    EXPECT_TRUE(fs::exists(entry()));
+    EXPECT_EQ(some->status(), LoginItemStatus::enabled);
 }
 
 TEST_F(XdgAutostartLoginItemServiceTest, Settings_OpenTheDesktopsPanelWhereThereIsOne)
