@@ -1,6 +1,7 @@
 #include "PracticeStore.h"
 
 #include <cerrno>
+#include <future>
 #include <system_error>
 
 #include "DurableFile.h"
@@ -43,8 +44,25 @@ std::shared_ptr<const PracticeState> PracticeStore::update(const Change& change,
     const std::string bytes = changed->toJSON();
     if (bytes.size() > sizeLimit)
         throw std::filesystem::filesystem_error("write file", m_url, std::make_error_code(std::errc::file_too_large));
-    if (whileWriting)
-        whileWriting(*changed);
+    if (!whileWriting) {
+        write(bytes);
+    } else {
+        std::future<void> prepared = m_sideThread.run([&whileWriting, &upcoming = *changed]() noexcept { whileWriting(upcoming); });
+        // Waited for on every path: the task refers to this frame.
+        try {
+            write(bytes);
+        } catch (...) {
+            prepared.wait();
+            throw;
+        }
+        prepared.wait();
+    }
+    m_state = std::move(changed);
+    return m_state;
+}
+
+void PracticeStore::write(const std::string& bytes)
+{
     try {
         prepareFolder();
         DurableFile::write(m_url, bytes, m_calls);
@@ -57,8 +75,6 @@ std::shared_ptr<const PracticeState> PracticeStore::update(const Change& change,
         prepareFolder();
         DurableFile::write(m_url, bytes, m_calls);
     }
-    m_state = std::move(changed);
-    return m_state;
 }
 
 } // namespace velmora

@@ -7,6 +7,7 @@
 
 #include "FileSystemCalls.h"
 #include "PracticeState.h"
+#include "SideThread.h"
 
 namespace velmora {
 
@@ -30,9 +31,11 @@ namespace velmora {
 class PracticeStore {
 public:
     using Change = std::function<PracticeState(const PracticeState&)>;
-    // Called with the validated new state while its write is under way,
-    // before it is in place: a caller may prepare what it will publish, but
-    // must not publish it until update() has returned.
+    // Called with the validated new state on another thread while the
+    // write waits for the device, before the state is in place: a caller may
+    // prepare what it will publish, from that state and from values it
+    // captured beforehand, but must not publish anything until update() has
+    // returned. It must not throw. update() returns only once it is done.
     using WhileWriting = std::function<void(const PracticeState& upcoming)>;
 
     static constexpr std::uintmax_t sizeLimit = std::uintmax_t{4} * 1024 * 1024;
@@ -67,11 +70,13 @@ public:
 
 private:
     void prepareFolder();
+    void write(const std::string& bytes);
 
     std::filesystem::path m_url;
     FileSystemCalls& m_calls;
     std::shared_ptr<const PracticeState> m_state;
     bool m_folderPrepared = false;
+    SideThread m_sideThread;
 };
 
 } // namespace velmora

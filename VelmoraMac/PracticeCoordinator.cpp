@@ -5,6 +5,14 @@
 
 namespace velmora {
 
+std::size_t indexOfLanguage(std::string_view language)
+{
+    const auto& languages = PracticeState::languages();
+    const auto found = std::find(languages.begin(), languages.end(), language);
+    constexpr std::size_t english = 1;
+    return found == languages.end() ? english : static_cast<std::size_t>(found - languages.begin());
+}
+
 PracticeCoordinator::PracticeCoordinator(std::shared_ptr<const ContentCatalog> catalog,
     std::unique_ptr<PracticeStore> store,
     std::shared_ptr<LoginLaunchControlling> loginLaunch,
@@ -37,10 +45,7 @@ std::string PracticeCoordinator::resolvedLanguage() const
 
 std::size_t PracticeCoordinator::languageIndex() const
 {
-    const auto& languages = PracticeState::languages();
-    const auto found = std::find(languages.begin(), languages.end(), resolvedLanguage());
-    constexpr std::size_t english = 1;
-    return found == languages.end() ? english : static_cast<std::size_t>(found - languages.begin());
+    return indexOfLanguage(resolvedLanguage());
 }
 
 std::string PracticeCoordinator::text(std::string_view key, std::optional<std::int64_t> count) const
@@ -79,18 +84,24 @@ void PracticeCoordinator::load()
 
 void PracticeCoordinator::refresh()
 {
+    refresh(std::nullopt);
+}
+
+void PracticeCoordinator::refresh(std::optional<PondSnapshot> prepared)
+{
     if (m_loadFailed.get())
         return;
     refreshLoginLaunch();
     if (m_state.get().onboarded) {
-        std::optional<PondSnapshot> built;
-        try {
-            built = snapshot();
-        } catch (const std::exception&) {
-            // The renderer keeps showing the previous snapshot.
+        if (!prepared) {
+            try {
+                prepared = snapshot();
+            } catch (const std::exception&) {
+                // The renderer keeps showing the previous snapshot.
+            }
         }
-        if (built && m_onSnapshot)
-            m_onSnapshot(*built);
+        if (prepared && m_onSnapshot)
+            m_onSnapshot(*prepared);
     }
     m_reminders->schedule(m_state.shared(), "velmora", text("dailyGentle"));
     if (m_onChromeChanged)
@@ -102,8 +113,22 @@ bool PracticeCoordinator::change(const Body& body)
     if (m_loadFailed.get())
         return false;
     std::shared_ptr<const PracticeState> changed;
+    // Built while the write waits for the device, and published only once
+    // the new state is in place.
+    std::optional<PondSnapshot> prepared;
+    const SnapshotMoment moment = snapshotMoment();
+    (void)snapshotParts();
+    const auto prepare = [this, &moment, &prepared](const PracticeState& upcoming) {
+        if (!upcoming.onboarded)
+            return;
+        try {
+            prepared = snapshotOf(upcoming, moment);
+        } catch (const std::exception&) {
+            // As in refresh(): no snapshot, the renderer keeps its last.
+        }
+    };
     try {
-        changed = m_store->update(body);
+        changed = m_store->update(body, prepare);
     } catch (const std::exception&) {
         // Whatever failed, the state and the file are as they were; the
         // panel shows that the change was not saved.
@@ -113,7 +138,7 @@ bool PracticeCoordinator::change(const Body& body)
     }
     m_state.set(std::move(changed));
     m_errorText.set(std::nullopt);
-    refresh();
+    refresh(std::move(prepared));
     return true;
 }
 

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "ContentCatalog.h"
 #include "LoginLaunchControlling.h"
@@ -18,6 +19,10 @@
 #include "WeakSelf.h"
 
 namespace velmora {
+
+// Position of `language` in PracticeState::languages(); that of "en" for a
+// code outside the list.
+std::size_t indexOfLanguage(std::string_view language);
 
 // Owns the live practice state while the library runs. Every change of the
 // state goes through change(), which saves through the store before anything
@@ -117,8 +122,23 @@ public:
 private:
     // The parts of the snapshot that only the catalog decides, encoded once.
     struct SnapshotParts;
+    // What a snapshot takes from the system, read once on the main thread so
+    // that the snapshot itself can be built on any.
+    struct SnapshotMoment {
+        Instant now;
+        UserCalendar calendar;
+        std::vector<std::string> preferredLanguages;
+    };
 
     void openPanel() const;
+    [[nodiscard]] SnapshotMoment snapshotMoment() const;
+    // A pure function of its arguments and the catalog; any thread, once
+    // the parts are built.
+    [[nodiscard]] PondSnapshot snapshotOf(const PracticeState& state, const SnapshotMoment& moment) const;
+    const SnapshotParts& snapshotParts() const;
+    // `prepared` is the snapshot of the current state, when it was built
+    // already.
+    void refresh(std::optional<PondSnapshot> prepared);
 
     std::shared_ptr<const ContentCatalog> m_catalog;
     std::unique_ptr<PracticeStore> m_store;

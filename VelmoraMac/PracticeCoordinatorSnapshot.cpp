@@ -60,18 +60,32 @@ struct PracticeCoordinator::SnapshotParts {
     std::vector<TopicParts> topics;
 };
 
-PondSnapshot PracticeCoordinator::snapshot() const
+const PracticeCoordinator::SnapshotParts& PracticeCoordinator::snapshotParts() const
 {
     if (!m_snapshotParts)
         m_snapshotParts = std::make_shared<const SnapshotParts>(*m_catalog);
-    const SnapshotParts& parts = *m_snapshotParts;
+    return *m_snapshotParts;
+}
 
-    const PracticeState& state = m_state.get();
-    const Instant now = m_system->now(); // One instant for every topic.
-    const UserCalendar calendar = m_system->currentCalendar();
+PracticeCoordinator::SnapshotMoment PracticeCoordinator::snapshotMoment() const
+{
+    // One instant for every topic.
+    return {m_system->now(), m_system->currentCalendar(), m_system->preferredLanguages()};
+}
+
+PondSnapshot PracticeCoordinator::snapshot() const
+{
+    return snapshotOf(m_state.get(), snapshotMoment());
+}
+
+PondSnapshot PracticeCoordinator::snapshotOf(const PracticeState& state, const SnapshotMoment& moment) const
+{
+    const SnapshotParts& parts = snapshotParts();
+    const Instant now = moment.now;
+    const UserCalendar& calendar = moment.calendar;
     const std::string today = PracticeState::dayKey(now, calendar);
-    const std::string language = resolvedLanguage();
-    const std::size_t index = languageIndex();
+    const std::string language = PracticeState::resolvedLanguage(state.language, moment.preferredLanguages);
+    const std::size_t index = indexOfLanguage(language);
 
     std::vector<const SnapshotParts::TopicParts*> selected;
     selected.reserve(parts.topics.size());

@@ -2,6 +2,7 @@
 #include <memory>
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include "CoordinatorTestDoubles.h"
 #include "VelmoraMac/Platform/Headless/HeadlessSystemEnvironment.h"
@@ -149,12 +150,22 @@ TEST_F(PracticeCoordinatorTest, ChangeAndNotice_SaveBeforeTheyPublishThenRefresh
     coordinator().setErrorText("an earlier error");
     std::optional<std::string> fileWhenPublished;
     const Subscription subscription = coordinator().state().observe([&](const PracticeState&) { fileWhenPublished = fileBytes(url()); });
+    // The snapshot is built while the write waits for the device, but only
+    // handed on once the file is in place.
+    std::optional<std::string> fileWhenSnapshotHandedOn;
+    coordinator().setOnSnapshot([&](const PondSnapshot& snapshot) {
+        m_snapshots.push_back(snapshot.text);
+        fileWhenSnapshotHandedOn = fileBytes(url());
+    });
 
     EXPECT_TRUE(coordinator().change([](PracticeState state) { state.bellSoundEnabled = false; return state; }));
 
     EXPECT_FALSE(coordinator().state().get().bellSoundEnabled);
     ASSERT_TRUE(fileWhenPublished);
     EXPECT_EQ(PracticeState::fromJSON(*fileWhenPublished), coordinator().state().get()) << "published only once on disk";
+    ASSERT_TRUE(fileWhenSnapshotHandedOn);
+    EXPECT_EQ(PracticeState::fromJSON(*fileWhenSnapshotHandedOn), coordinator().state().get());
+    EXPECT_EQ(nlohmann::json::parse(m_snapshots.back())["bellSoundEnabled"], false) << "the snapshot of the new state";
     EXPECT_FALSE(coordinator().errorText().get());
     EXPECT_EQ(m_snapshots.size(), 2U);
     EXPECT_EQ(m_reminders->scheduled.size(), 2U);
