@@ -16,6 +16,7 @@ enum class FileError : int {
 
 const std::error_category& fileErrorCategory() noexcept;
 
+// NOLINTNEXTLINE(readability-identifier-naming): the name std::error_code looks for
 inline std::error_code make_error_code(FileError error) noexcept
 {
     return {static_cast<int>(error), fileErrorCategory()};

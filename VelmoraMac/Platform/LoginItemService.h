@@ -4,9 +4,10 @@
 
 namespace velmora {
 
-// The system's record of whether the application starts at login. Nothing
-// is cached here: the status is read from the system on every call, since
-// the user may change it in the system settings at any time.
+// The system's record of whether the application starts at login. The
+// status answers the system's current record on every call, since the user
+// may change it in the system settings at any time; an implementation may
+// keep it by watching the record rather than reading it on every call.
 // Main thread only.
 class LoginItemService {
 public:
