@@ -4,11 +4,11 @@
 #include <functional>
 #include <map>
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "FlatStringSet.h"
 #include "Instant.h"
 #include "LotusProgress.h"
 #include "UserCalendar.h"
@@ -22,7 +22,7 @@ namespace velmora {
 // stored (PracticeStore) or dropped. All operations are pure and may be
 // called from any thread.
 struct PracticeState {
-    using StringSet = std::set<std::string, std::less<>>;
+    using StringSet = FlatStringSet;
     using LotusMap = std::map<std::string, LotusProgress, std::less<>>;
 
     std::int64_t version = 1;

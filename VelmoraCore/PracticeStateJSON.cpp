@@ -1,5 +1,15 @@
 // The JSON form of the practice record: the content of the state file.
 
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
 #include <nlohmann/json.hpp>
 
 #include "PracticeState.h"
@@ -11,35 +21,108 @@ namespace {
 
 namespace strict = StrictJSON;
 using nlohmann::json;
-// Insertion order, so the file lists its members in the record's field order.
-using ordered_json = nlohmann::ordered_json;
+// The state is written by hand into one string: building the library's
+// tree first cost an allocation per practice day. The output is what the
+// tree's compact dump() gave: members in field order, no spaces.
 
-ordered_json encodeLotus(const LotusProgress& lotus)
+bool isPlainCharacter(char c)
 {
-    ordered_json encoded = ordered_json::object();
-    encoded["moments"] = lotus.moments;
-    if (lotus.lastDay)
-        encoded["lastDay"] = *lotus.lastDay;
-    if (lotus.growthMoments)
-        encoded["growthMoments"] = *lotus.growthMoments;
-    return encoded;
+    return c >= ' ' && c <= '~' && c != '"' && c != '\\';
 }
 
-ordered_json encodeStrings(const PracticeState::StringSet& strings)
+void appendString(std::string& out, std::string_view string)
 {
-    ordered_json encoded = ordered_json::array();
-    for (const std::string& string : strings)
-        encoded.push_back(string);
-    return encoded;
+    if (std::all_of(string.begin(), string.end(), isPlainCharacter)) {
+        out += '"';
+        out += string;
+        out += '"';
+        return;
+    }
+    // Anything else is escaped (and invalid UTF-8 refused, type_error 316)
+    // by the library itself, exactly as its tree would have.
+    out += json(string).dump();
+}
+
+void appendInteger(std::string& out, std::int64_t value)
+{
+    std::array<char, 24> digits{};
+    const auto [last, error] = std::to_chars(digits.data(), digits.data() + digits.size(), value);
+    (void)error; // 24 characters hold any 64-bit integer with its sign.
+    out.append(digits.data(), last);
+}
+
+void appendBoolean(std::string& out, bool value)
+{
+    out += value ? "true" : "false";
+}
+
+// `"name":`, for member names that are plain by construction.
+void appendName(std::string& out, std::string_view name)
+{
+    out += '"';
+    out += name;
+    out += "\":";
+}
+
+void appendStrings(std::string& out, const PracticeState::StringSet& strings)
+{
+    out += '[';
+    bool first = true;
+    for (const std::string& string : strings) {
+        if (!first)
+            out += ',';
+        first = false;
+        appendString(out, string);
+    }
+    out += ']';
+}
+
+void appendLotus(std::string& out, const LotusProgress& lotus)
+{
+    out += '{';
+    appendName(out, "moments");
+    appendInteger(out, lotus.moments);
+    if (lotus.lastDay) {
+        out += ',';
+        appendName(out, "lastDay");
+        appendString(out, *lotus.lastDay);
+    }
+    if (lotus.growthMoments) {
+        out += ',';
+        appendName(out, "growthMoments");
+        appendInteger(out, *lotus.growthMoments);
+    }
+    out += '}';
+}
+
+// Slightly above the final length for plain strings, so the string grows at
+// most once more for escapes.
+std::size_t estimatedLength(const PracticeState& state)
+{
+    constexpr std::size_t fixedMembers = 320;
+    constexpr std::size_t perString = 3; // Quotes and comma.
+    constexpr std::size_t perLotus = 80;
+    std::size_t length = fixedMembers + state.language.size() + (state.wiltWeekSeen ? state.wiltWeekSeen->size() + 20 : 0);
+    for (const std::string& id : state.selected)
+        length += id.size() + perString;
+    for (const auto& [topicID, lotus] : state.lotuses)
+        length += topicID.size() + perLotus + (lotus.lastDay ? lotus.lastDay->size() : 0);
+    for (const std::string& day : state.practiceDays)
+        length += day.size() + perString;
+    return length;
 }
 
 PracticeState::StringSet decodeStrings(const json& object, std::string_view key)
 {
     const json& array = strict::array(strict::member(object, key), key);
-    PracticeState::StringSet strings;
+    const std::string where = std::string(key) + " element";
+    std::vector<std::string> strings;
+    strings.reserve(array.size());
     for (const json& element : array)
-        strings.insert(strict::string(element, std::string(key) + " element"));
-    return strings;
+        strings.push_back(strict::string(element, where));
+    // Sorted once here: inserting one by one would move the tail each time
+    // for a file that lists its strings in any order but ascending.
+    return PracticeState::StringSet(std::move(strings));
 }
 
 std::int64_t decodeInteger(const json& object, std::string_view key)
@@ -68,24 +151,60 @@ LotusProgress decodeLotus(const json& value, const std::string& where)
 
 std::string PracticeState::toJSON() const
 {
-    ordered_json encoded = ordered_json::object();
-    encoded["version"] = version;
-    encoded["onboarded"] = onboarded;
-    encoded["selected"] = encodeStrings(selected);
-    ordered_json& lotusObject = encoded["lotuses"] = ordered_json::object();
-    for (const auto& [topicID, lotus] : lotuses)
-        lotusObject[topicID] = encodeLotus(lotus);
-    encoded["practiceDays"] = encodeStrings(practiceDays);
-    encoded["language"] = language;
-    encoded["hintSeen"] = hintSeen;
-    if (wiltWeekSeen)
-        encoded["wiltWeekSeen"] = *wiltWeekSeen;
-    encoded["reminderEnabled"] = reminderEnabled;
-    encoded["reminderHour"] = reminderHour;
-    encoded["reminderMinute"] = reminderMinute;
-    encoded["waterSoundEnabled"] = waterSoundEnabled;
-    encoded["bellSoundEnabled"] = bellSoundEnabled;
-    return encoded.dump();
+    std::string out;
+    out.reserve(estimatedLength(*this));
+    out += '{';
+    appendName(out, "version");
+    appendInteger(out, version);
+    out += ',';
+    appendName(out, "onboarded");
+    appendBoolean(out, onboarded);
+    out += ',';
+    appendName(out, "selected");
+    appendStrings(out, selected);
+    out += ',';
+    appendName(out, "lotuses");
+    out += '{';
+    bool firstLotus = true;
+    for (const auto& [topicID, lotus] : lotuses) {
+        if (!firstLotus)
+            out += ',';
+        firstLotus = false;
+        appendString(out, topicID);
+        out += ':';
+        appendLotus(out, lotus);
+    }
+    out += "},";
+    appendName(out, "practiceDays");
+    appendStrings(out, practiceDays);
+    out += ',';
+    appendName(out, "language");
+    appendString(out, language);
+    out += ',';
+    appendName(out, "hintSeen");
+    appendBoolean(out, hintSeen);
+    if (wiltWeekSeen) {
+        out += ',';
+        appendName(out, "wiltWeekSeen");
+        appendString(out, *wiltWeekSeen);
+    }
+    out += ',';
+    appendName(out, "reminderEnabled");
+    appendBoolean(out, reminderEnabled);
+    out += ',';
+    appendName(out, "reminderHour");
+    appendInteger(out, reminderHour);
+    out += ',';
+    appendName(out, "reminderMinute");
+    appendInteger(out, reminderMinute);
+    out += ',';
+    appendName(out, "waterSoundEnabled");
+    appendBoolean(out, waterSoundEnabled);
+    out += ',';
+    appendName(out, "bellSoundEnabled");
+    appendBoolean(out, bellSoundEnabled);
+    out += '}';
+    return out;
 }
 
 PracticeState PracticeState::fromJSON(std::string_view text)

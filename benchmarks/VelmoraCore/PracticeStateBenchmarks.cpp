@@ -4,6 +4,7 @@
 #include <vector>
 
 #include <benchmark/benchmark.h>
+#include <nlohmann/json.hpp>
 
 #include "RealisticPracticeState.h"
 #include "VelmoraCore/PracticeState.h"
@@ -41,7 +42,7 @@ void noticeWithEveryTopicSelected(benchmark::State& state)
         next = (next + 1) % topics.size();
     }
 }
-BENCHMARK(noticeWithEveryTopicSelected)->ArgName("days")->Arg(30)->Arg(threeYearsOfDays);
+BENCHMARK(noticeWithEveryTopicSelected)->ArgName("days")->Arg(30)->Arg(threeYearsOfDays)->Arg(20000);
 
 // What the pond snapshot asks for every topic on each refresh.
 void growthMomentsOfEveryTopic(benchmark::State& state)
@@ -71,7 +72,22 @@ void dayKeyInZone(benchmark::State& state)
 }
 BENCHMARK(dayKeyInZone);
 
-void encodeLargeState(benchmark::State& state)
+// Records of a month, three years, ten years, a lifetime of daily practice,
+// and far more than anyone practises: the cost of a save and of a noticing
+// must stay proportional to the days, with a small factor.
+void withPracticeDays(benchmark::internal::Benchmark* benchmark)
+{
+    benchmark->ArgName("days");
+    for (const std::int64_t days : {std::int64_t{30}, threeYearsOfDays, std::int64_t{3650}, std::int64_t{20000}, std::int64_t{1000000}})
+        benchmark->Arg(days);
+}
+
+void setPerDay(benchmark::State& state, const PracticeState& practice)
+{
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(practice.practiceDays.size()));
+}
+
+void encodeState(benchmark::State& state)
 {
     const PracticeState practice = realisticPracticeState(state.range(0));
     const auto bytes = static_cast<std::int64_t>(practice.toJSON().size());
@@ -80,9 +96,9 @@ void encodeLargeState(benchmark::State& state)
     state.SetBytesProcessed(state.iterations() * bytes);
     state.counters["bytes"] = static_cast<double>(bytes);
 }
-BENCHMARK(encodeLargeState)->ArgName("days")->Arg(threeYearsOfDays);
+BENCHMARK(encodeState)->Apply(withPracticeDays);
 
-void decodeLargeState(benchmark::State& state)
+void decodeState(benchmark::State& state)
 {
     const std::string text = realisticPracticeState(state.range(0)).toJSON();
     for ([[maybe_unused]] auto _ : state)
@@ -90,17 +106,44 @@ void decodeLargeState(benchmark::State& state)
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
     state.counters["bytes"] = static_cast<double>(text.size());
 }
-BENCHMARK(decodeLargeState)->ArgName("days")->Arg(threeYearsOfDays);
+BENCHMARK(decodeState)->Apply(withPracticeDays);
+
+// A file written by hand or by another tool may list its days newest first;
+// decoding must not turn quadratic on it.
+void decodeStateWithDaysNewestFirst(benchmark::State& state)
+{
+    const PracticeState practice = realisticPracticeState(state.range(0));
+    nlohmann::ordered_json document = nlohmann::ordered_json::parse(practice.toJSON());
+    std::vector<std::string> days(practice.practiceDays.rbegin(), practice.practiceDays.rend());
+    document["practiceDays"] = days;
+    const std::string text = document.dump();
+    for ([[maybe_unused]] auto _ : state)
+        benchmark::DoNotOptimize(PracticeState::fromJSON(text));
+    setPerDay(state, practice);
+}
+BENCHMARK(decodeStateWithDaysNewestFirst)->ArgName("days")->Arg(20000)->Arg(1000000);
 
 // Dominated by checking every day key; items are the day keys checked.
-void validateLargeState(benchmark::State& state)
+void validateState(benchmark::State& state)
 {
     const PracticeState practice = realisticPracticeState(state.range(0));
     for ([[maybe_unused]] auto _ : state)
         benchmark::DoNotOptimize(&practice.validated());
-    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(practice.practiceDays.size()));
+    setPerDay(state, practice);
 }
-BENCHMARK(validateLargeState)->ArgName("days")->Arg(threeYearsOfDays);
+BENCHMARK(validateState)->Apply(withPracticeDays);
+
+// Every change starts from a copy of the record.
+void copyState(benchmark::State& state)
+{
+    const PracticeState practice = realisticPracticeState(state.range(0));
+    for ([[maybe_unused]] auto _ : state) {
+        PracticeState copy = practice;
+        benchmark::DoNotOptimize(copy);
+    }
+    setPerDay(state, practice);
+}
+BENCHMARK(copyState)->Apply(withPracticeDays);
 
 } // namespace
 } // namespace velmora

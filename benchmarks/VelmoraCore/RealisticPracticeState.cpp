@@ -1,6 +1,11 @@
 #include "RealisticPracticeState.h"
 
+#include <algorithm>
 #include <chrono>
+#include <cstddef>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace velmora::bench {
 
@@ -33,8 +38,15 @@ PracticeState realisticPracticeState(std::int64_t practiceDayCount)
     state.reminderHour = 21;
     state.reminderMinute = 30;
 
+    // The first keyable day is 0001-01-01, so only the largest records start
+    // there and run past lastPracticeDay().
+    const Instant firstKeyableDay = *PracticeState::parseDay("0001-01-01");
+    const Instant firstDay = std::max(daysBefore(lastPracticeDay(), practiceDayCount - 1), firstKeyableDay);
+    std::vector<std::string> practiceDays;
+    practiceDays.reserve(static_cast<std::size_t>(practiceDayCount));
     for (std::int64_t i = 0; i < practiceDayCount; ++i)
-        state.practiceDays.insert(PracticeState::dayKey(daysBefore(lastPracticeDay(), i), utc));
+        practiceDays.push_back(PracticeState::dayKey(daysBefore(firstDay, -i), utc));
+    state.practiceDays = PracticeState::StringSet(std::move(practiceDays));
 
     // Topics differ in how often they come up and in how recently: some are
     // noticed several times a day and fully grown, others were last noticed

@@ -1,5 +1,11 @@
+#include <cstdint>
+#include <functional>
 #include <limits>
+#include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -29,6 +35,118 @@ PracticeState exampleState()
 TEST(PracticeStateJSON, Encode_WritesCompactMembersWithoutAbsentOptionals)
 {
     EXPECT_EQ(PracticeState().toJSON(), std::string(defaultDocument));
+}
+
+// The record as the JSON library's own tree writes it, members inserted in
+// field order: the form every state file has been written in.
+std::string treeEncoding(const PracticeState& state)
+{
+    using nlohmann::ordered_json;
+    const auto strings = [](const PracticeState::StringSet& set) {
+        ordered_json array = ordered_json::array();
+        for (const std::string& string : set)
+            array.push_back(string);
+        return array;
+    };
+    ordered_json encoded = ordered_json::object();
+    encoded["version"] = state.version;
+    encoded["onboarded"] = state.onboarded;
+    encoded["selected"] = strings(state.selected);
+    ordered_json& lotusObject = encoded["lotuses"] = ordered_json::object();
+    for (const auto& [topicID, lotus] : state.lotuses) {
+        ordered_json& encodedLotus = lotusObject[topicID] = ordered_json::object();
+        encodedLotus["moments"] = lotus.moments;
+        if (lotus.lastDay)
+            encodedLotus["lastDay"] = *lotus.lastDay;
+        if (lotus.growthMoments)
+            encodedLotus["growthMoments"] = *lotus.growthMoments;
+    }
+    encoded["practiceDays"] = strings(state.practiceDays);
+    encoded["language"] = state.language;
+    encoded["hintSeen"] = state.hintSeen;
+    if (state.wiltWeekSeen)
+        encoded["wiltWeekSeen"] = *state.wiltWeekSeen;
+    encoded["reminderEnabled"] = state.reminderEnabled;
+    encoded["reminderHour"] = state.reminderHour;
+    encoded["reminderMinute"] = state.reminderMinute;
+    encoded["waterSoundEnabled"] = state.waterSoundEnabled;
+    encoded["bellSoundEnabled"] = state.bellSoundEnabled;
+    return encoded.dump();
+}
+
+struct EncodingCase {
+    const char* name = nullptr;
+    std::function<void(PracticeState&)> change;
+};
+
+TEST(PracticeStateJSON, Encode_WritesTheSameBytesAsTheLibrarysTree)
+{
+    const EncodingCase cases[] = {
+        {"default", [](PracticeState&) {}},
+        {"example", [](PracticeState& s) { s = exampleState(); }},
+        {"extreme integers",
+            [](PracticeState& s) {
+                s.version = std::numeric_limits<std::int64_t>::min();
+                s.reminderHour = std::numeric_limits<std::int64_t>::max();
+                s.reminderMinute = -1;
+                s.lotuses["phone"] = LotusProgress(std::numeric_limits<std::int64_t>::min(), std::nullopt, std::numeric_limits<std::int64_t>::max());
+            }},
+        {"lotus with only moments", [](PracticeState& s) { s.lotuses["phone"] = LotusProgress(0); }},
+        {"lotus with growth, no last day", [](PracticeState& s) { s.lotuses["phone"] = LotusProgress(3, std::nullopt, 2); }},
+        {"lotus with last day, no growth", [](PracticeState& s) { s.lotuses["phone"] = LotusProgress(3, "2025-03-14"); }},
+        {"wilt week seen", [](PracticeState& s) { s.wiltWeekSeen = "2025-03-10"; }},
+        {"every flag flipped",
+            [](PracticeState& s) {
+                s.onboarded = s.hintSeen = s.reminderEnabled = true;
+                s.waterSoundEnabled = s.bellSoundEnabled = false;
+            }},
+        {"non-ASCII", [](PracticeState& s) { s.language = "日本語 café"; s.selected = {"ñandú", "😀"}; }},
+        {"quote and backslash", [](PracticeState& s) { s.lotuses[R"(a"b\c)"] = LotusProgress(1, R"(\")"); }},
+        {"slash is not escaped", [](PracticeState& s) { s.wiltWeekSeen = "2025/03/10"; }},
+        {"control characters", [](PracticeState& s) { s.practiceDays = {"tab\there", "\n", std::string("nul\0", 4), "\x01\x1f", "del\x7f"}; }},
+        {"every plain character",
+            [](PracticeState& s) {
+                std::string all;
+                for (char c = ' '; c <= '~'; ++c)
+                    all += c;
+                s.language = all;
+            }},
+        {"large",
+            [](PracticeState& s) {
+                s = exampleState();
+                s.selected = PracticeState::topicIDs();
+                std::vector<std::string> days;
+                for (int year = 1970; year < 2025; ++year)
+                    for (int day = 1; day <= 365; ++day)
+                        days.push_back(std::to_string(year) + "/" + std::to_string(day));
+                s.practiceDays = PracticeState::StringSet(std::move(days));
+            }},
+    };
+    for (const EncodingCase& c : cases) {
+        PracticeState state;
+        c.change(state);
+        EXPECT_EQ(state.toJSON(), treeEncoding(state)) << c.name;
+    }
+
+    // Invalid UTF-8 anywhere fails as the tree's dump() did.
+    const EncodingCase invalid[] = {
+        {"in a practice day", [](PracticeState& s) { s.practiceDays = {"2025-03-14", "\xff"}; }},
+        {"in a topic key", [](PracticeState& s) { s.lotuses["ph\xc3one"] = LotusProgress(1); }},
+        {"in a last day", [](PracticeState& s) { s.lotuses["phone"] = LotusProgress(1, "\xe2\x82"); }},
+        {"in the language", [](PracticeState& s) { s.language = "\xc0\xaf"; }},
+        {"in the wilt week", [](PracticeState& s) { s.wiltWeekSeen = "\xed\xa0\x80"; }},
+    };
+    for (const EncodingCase& c : invalid) {
+        PracticeState state;
+        c.change(state);
+        EXPECT_THROW((void)treeEncoding(state), json::type_error) << c.name;
+        try {
+            (void)state.toJSON();
+            ADD_FAILURE() << c.name << ": nothing was thrown";
+        } catch (const json::type_error& error) {
+            EXPECT_EQ(error.id, 316) << c.name;
+        }
+    }
 }
 
 TEST(PracticeStateJSON, RoundTrip_GivesBackAnEqualRecord)
