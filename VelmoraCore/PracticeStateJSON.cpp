@@ -25,14 +25,16 @@ using nlohmann::json;
 // tree first cost an allocation per practice day. The output is what the
 // tree's compact dump() gave: members in field order, no spaces.
 
-bool isPlainCharacter(char c)
+// Printable ASCII that needs no escape: what day keys, topic IDs and
+// language codes always are.
+bool isPlain(std::string_view string)
 {
-    return c >= ' ' && c <= '~' && c != '"' && c != '\\';
+    return std::all_of(string.begin(), string.end(), [](char c) { return c >= ' ' && c <= '~' && c != '"' && c != '\\'; });
 }
 
 void appendString(std::string& out, std::string_view string)
 {
-    if (std::all_of(string.begin(), string.end(), isPlainCharacter)) {
+    if (isPlain(string)) {
         out += '"';
         out += string;
         out += '"';
@@ -66,6 +68,34 @@ void appendName(std::string& out, std::string_view name)
 
 void appendStrings(std::string& out, const PracticeState::StringSet& strings)
 {
+    // The common case, every element plain, is sized once and copied into
+    // place: appending piece by piece costs more than the thousands of
+    // practice days themselves.
+    std::size_t length = 2;
+    for (const std::string& string : strings) {
+        if (!isPlain(string)) {
+            length = 0;
+            break;
+        }
+        length += string.size() + 3;
+    }
+    if (length != 0) {
+        if (!strings.empty())
+            --length; // No comma after the last.
+        const std::size_t start = out.size();
+        out.resize(start + length);
+        char* next = out.data() + start;
+        *next++ = '[';
+        for (const std::string& string : strings) {
+            if (next != out.data() + start + 1)
+                *next++ = ',';
+            *next++ = '"';
+            next = std::copy(string.begin(), string.end(), next);
+            *next++ = '"';
+        }
+        *next = ']';
+        return;
+    }
     out += '[';
     bool first = true;
     for (const std::string& string : strings) {
@@ -107,9 +137,8 @@ std::size_t estimatedLength(const PracticeState& state)
         length += id.size() + perString;
     for (const auto& [topicID, lotus] : state.lotuses)
         length += topicID.size() + perLotus + (lotus.lastDay ? lotus.lastDay->size() : 0);
-    for (const std::string& day : state.practiceDays)
-        length += day.size() + perString;
-    return length;
+    constexpr std::size_t dayKeyLength = 10;
+    return length + state.practiceDays.size() * (dayKeyLength + perString);
 }
 
 PracticeState::StringSet decodeStrings(const json& object, std::string_view key)
