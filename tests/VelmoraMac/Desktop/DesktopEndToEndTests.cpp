@@ -506,7 +506,12 @@ TEST_F(DesktopEndToEnd, Noticings_WriteTheStateFileAndDoNothingElse)
     seedOnboardedUser(dataHome(), true, 23, 59);
     start();
     ASSERT_TRUE(iterateUntil([&] { return pondVisible() && gtk_widget_get_mapped(m_area) && takeSnapshots() > 0; }));
-    settle();
+    // Start-up talks to the tray watcher; that is over once the item is
+    // registered and the loop has nothing left to run.
+    ASSERT_TRUE(iterateUntil([&] {
+        return !m_session->mockCalls(Bus::session, "org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher", "RegisterStatusNotifierItem").empty()
+            && g_main_context_pending(nullptr) == FALSE;
+    }));
     takeSnapshots();
 
     const OutgoingMessages session(G_BUS_TYPE_SESSION);
