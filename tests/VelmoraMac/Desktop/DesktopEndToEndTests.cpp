@@ -512,6 +512,20 @@ TEST_F(DesktopEndToEnd, Noticings_WriteTheStateFileAndDoNothingElse)
         return !m_session->mockCalls(Bus::session, "org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher", "RegisterStatusNotifierItem").empty()
             && g_main_context_pending(nullptr) == FALSE;
     }));
+    // The first text drawn on an X screen looks up its font settings (and
+    // without X resources, reads ~/.Xdefaults); that belongs to showing
+    // the pond, so it is over before the noticings.
+    const std::vector<GtkWidget*> chrome = widgets(m_window, [](GtkWidget* widget) { return g_strcmp0(gtk_widget_get_name(widget), "velmora-chrome") == 0; });
+    ASSERT_EQ(chrome.size(), 1U);
+    bool chromeDrawn = false;
+    const gulong drawn = g_signal_connect_after(chrome.front(), "draw", G_CALLBACK(+[](GtkWidget*, cairo_t*, gpointer flag) {
+        *static_cast<bool*>(flag) = true;
+        return FALSE;
+    }),
+        &chromeDrawn);
+    gtk_widget_queue_draw(chrome.front());
+    ASSERT_TRUE(iterateUntil([&] { return chromeDrawn && g_main_context_pending(nullptr) == FALSE; }));
+    g_signal_handler_disconnect(chrome.front(), drawn);
     takeSnapshots();
 
     const OutgoingMessages session(G_BUS_TYPE_SESSION);
