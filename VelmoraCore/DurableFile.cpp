@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
 #include "FileError.h"
 
@@ -53,76 +54,66 @@ private:
     int m_descriptor;
 };
 
-// The temporary file of one write: closed and removed unless the write got
-// as far as renaming it over the target.
-class Temporary {
-public:
-    Temporary(FileSystemCalls& calls, std::string path, int descriptor)
-        : m_calls(calls)
-        , m_path(std::move(path))
-        , m_descriptor(descriptor)
-        , m_lock(::dup(descriptor))
-    {
-        // Marks the temporary as in use for removeAbandonedTemporaries(),
-        // through a descriptor of its own: the data descriptor is closed
-        // (and its close checked) before the rename, and a lock lives as
-        // long as any descriptor of the open file, so the temporary stays
-        // locked until it has its final name. Without the lock another
-        // writer's sweep may remove it, and then our rename fails cleanly,
-        // so a failure here is not worth failing the write for.
-        if (m_lock.get() >= 0)
-            ::flock(m_lock.get(), LOCK_EX | LOCK_NB);
-    }
-    Temporary(const Temporary&) = delete;
-    Temporary& operator=(const Temporary&) = delete;
-    Temporary(Temporary&&) = delete;
-    Temporary& operator=(Temporary&&) = delete;
-    ~Temporary()
-    {
-        if (m_descriptor >= 0)
-            m_calls.close(m_descriptor); // Failing anyway; its result adds nothing.
-        if (!m_renamed)
-            m_calls.unlink(m_path.c_str()); // Best effort; a leftover is removed by a later write.
-    }
-
-    [[nodiscard]] const std::string& path() const { return m_path; }
-    [[nodiscard]] int descriptor() const { return m_descriptor; }
-
-    void writeAll(std::string_view bytes)
-    {
-        while (!bytes.empty()) {
-            const ssize_t written = m_calls.write(m_descriptor, bytes.data(), bytes.size());
-            if (written < 0) {
-                if (errno == EINTR)
-                    continue;
-                fail("write temporary file", m_path, errno);
-            }
-            if (written == 0)
-                fail("write temporary file", m_path, EIO);
-            bytes.remove_prefix(static_cast<std::size_t>(written));
-        }
-    }
-
-    void closeChecked()
-    {
-        const int descriptor = m_descriptor;
-        m_descriptor = -1; // Closed even when close() reports an error: never close twice.
-        if (m_calls.close(descriptor) != 0)
-            fail("close temporary file", m_path, errno);
-    }
-
-    void markRenamed() { m_renamed = true; }
-
-private:
-    FileSystemCalls& m_calls;
-    std::string m_path;
-    int m_descriptor;
-    // Released last, after the rename or the removal.
-    ScopedDescriptor m_lock;
-    bool m_renamed = false;
-};
-
 } // namespace
+
+DurableFile::Temporary::Temporary(FileSystemCalls& calls, std::string path, int descriptor)
+    : m_calls(calls)
+    , m_path(std::move(path))
+    , m_descriptor(descriptor)
+    , m_lock(::dup(descriptor))
+{
+    // Marks the temporary as in use for removeAbandonedTemporaries(), through
+    // a descriptor of its own: the data descriptor is closed (and its close
+    // checked) before the rename, and a lock lives as long as any descriptor
+    // of the open file, so the temporary stays locked until it has its final
+    // name. Without the lock another writer's sweep may remove it, and then
+    // our rename fails cleanly, so a failure here is not worth failing for.
+    if (m_lock >= 0)
+        ::flock(m_lock, LOCK_EX | LOCK_NB);
+}
+
+DurableFile::Temporary::~Temporary()
+{
+    if (m_descriptor >= 0)
+        m_calls.close(m_descriptor); // Failing anyway; its result adds nothing.
+    if (!m_renamed)
+        m_calls.unlink(m_path.c_str()); // Best effort; a leftover is removed by a later sweep.
+    // Released last, after the rename or the removal.
+    if (m_lock >= 0)
+        ::close(m_lock);
+}
+
+std::unique_ptr<DurableFile::Temporary> DurableFile::Temporary::make(const fs::path& target, FileSystemCalls& calls)
+{
+    std::string pathTemplate = (folderOf(target) / (temporaryPrefix(target) + std::string(uniqueSuffix))).string();
+    const int descriptor = calls.createUniqueFile(pathTemplate.data());
+    if (descriptor < 0)
+        fail("create temporary file", pathTemplate, errno);
+    return std::unique_ptr<Temporary>(new Temporary(calls, std::move(pathTemplate), descriptor));
+}
+
+void DurableFile::Temporary::writeAll(std::string_view bytes)
+{
+    while (!bytes.empty()) {
+        const ssize_t written = m_calls.write(m_descriptor, bytes.data(), bytes.size());
+        if (written < 0) {
+            if (errno == EINTR)
+                continue;
+            fail("write temporary file", m_path, errno);
+        }
+        if (written == 0)
+            fail("write temporary file", m_path, EIO);
+        bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+}
+
+void DurableFile::Temporary::closeChecked()
+{
+    const int descriptor = m_descriptor;
+    m_descriptor = -1; // Closed even when close() reports an error: never close twice.
+    if (m_calls.close(descriptor) != 0)
+        fail("close temporary file", m_path, errno);
+}
 
 std::string DurableFile::temporaryPrefix(const fs::path& target)
 {
@@ -222,19 +213,20 @@ void DurableFile::removeAbandonedTemporaries(const fs::path& target, FileSystemC
 
 void DurableFile::write(const fs::path& target, std::string_view bytes, FileSystemCalls& calls)
 {
-    std::string pathTemplate = (folderOf(target) / (temporaryPrefix(target) + std::string(uniqueSuffix))).string();
-    const int descriptor = calls.createUniqueFile(pathTemplate.data());
-    if (descriptor < 0)
-        fail("create temporary file", pathTemplate, errno);
-    Temporary temporary(calls, pathTemplate, descriptor);
+    write(target, Temporary::make(target, calls), bytes, [] {});
+}
 
-    temporary.writeAll(bytes);
-    if (calls.fsync(temporary.descriptor()) != 0)
-        fail("flush temporary file", temporary.path(), errno);
-    temporary.closeChecked();
-    if (calls.rename(temporary.path().c_str(), target.c_str()) != 0)
+void DurableFile::write(const fs::path& target, std::unique_ptr<Temporary> temporary, std::string_view bytes, const std::function<void()>& beforeRename)
+{
+    FileSystemCalls& calls = temporary->m_calls;
+    temporary->writeAll(bytes);
+    if (calls.fsync(temporary->m_descriptor) != 0)
+        fail("flush temporary file", temporary->path(), errno);
+    temporary->closeChecked();
+    beforeRename();
+    if (calls.rename(temporary->path().c_str(), target.c_str()) != 0)
         fail("replace file", target, errno);
-    temporary.markRenamed();
+    temporary->m_renamed = true;
 
     // The new content is in place under its name; flushing the folder makes
     // the rename itself durable. Its failure is deliberately not reported:

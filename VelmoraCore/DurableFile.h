@@ -2,7 +2,9 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <limits>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -57,12 +59,51 @@ public:
 
     static void write(const std::filesystem::path& target, std::string_view bytes, FileSystemCalls& calls = FileSystemCalls::system());
 
+    class Temporary;
+    // write() into `temporary`, made for `target` ahead of time, so that the
+    // write begins with its bytes. `beforeRename` runs once they are on the
+    // device: a last check that may throw, and then the target stays as it
+    // was, the temporary goes and the error passes on.
+    static void write(const std::filesystem::path& target, std::unique_ptr<Temporary> temporary, std::string_view bytes, const std::function<void()>& beforeRename);
+
     // Removes the temporaries of `target` that no live writer holds: those
     // of writers that were killed. Best effort; never fails.
     static void removeAbandonedTemporaries(const std::filesystem::path& target, FileSystemCalls& calls = FileSystemCalls::system());
 
     // The prefix shared by every temporary file of `target`.
     static std::string temporaryPrefix(const std::filesystem::path& target);
+};
+
+// The temporary file of one write, created exclusively with mode 0600 and
+// locked while it lives. Closed and removed when it goes, unless a write got
+// as far as renaming it over its target.
+class DurableFile::Temporary {
+public:
+    // An empty temporary beside `target`.
+    static std::unique_ptr<Temporary> make(const std::filesystem::path& target, FileSystemCalls& calls = FileSystemCalls::system());
+
+    Temporary(const Temporary&) = delete;
+    Temporary& operator=(const Temporary&) = delete;
+    Temporary(Temporary&&) = delete;
+    Temporary& operator=(Temporary&&) = delete;
+    ~Temporary();
+
+    [[nodiscard]] const std::string& path() const { return m_path; }
+
+private:
+    friend class DurableFile;
+
+    Temporary(FileSystemCalls& calls, std::string path, int descriptor);
+    void writeAll(std::string_view bytes);
+    void closeChecked();
+
+    FileSystemCalls& m_calls;
+    std::string m_path;
+    int m_descriptor;
+    // A second descriptor of the same open file, holding the lock until the
+    // rename or the removal.
+    int m_lock;
+    bool m_renamed = false;
 };
 
 } // namespace velmora

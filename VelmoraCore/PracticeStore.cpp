@@ -35,37 +35,70 @@ void PracticeStore::prepareFolder()
     m_folderPrepared = true;
 }
 
+std::unique_ptr<DurableFile::Temporary> PracticeStore::takeTemporary()
+{
+    if (m_nextMade.valid())
+        m_nextMade.get();
+    prepareFolder();
+    if (m_nextTemporary)
+        return std::move(m_nextTemporary);
+    return DurableFile::Temporary::make(m_url, m_calls);
+}
+
+void PracticeStore::makeNextTemporary()
+{
+    m_nextMade = m_sideThread.run([this] {
+        try {
+            m_nextTemporary = DurableFile::Temporary::make(m_url, m_calls);
+        } catch (const std::filesystem::filesystem_error&) {
+            // The next write makes its own, and reports what fails then.
+        }
+    });
+}
+
 std::shared_ptr<const PracticeState> PracticeStore::update(const Change& change, const WhileWriting& whileWriting)
 {
     if (!m_state)
         throw PracticeError(PracticeError::notLoaded);
     auto changed = std::make_shared<const PracticeState>(change(*m_state));
-    changed->validated();
-    const std::string bytes = changed->toJSON();
+    std::string bytes;
+    try {
+        bytes = changed->toJSON();
+    } catch (...) {
+        // A state that cannot be encoded is most likely invalid; say so.
+        changed->validated();
+        throw;
+    }
     if (bytes.size() > sizeLimit)
         throw std::filesystem::filesystem_error("write file", m_url, std::make_error_code(std::errc::file_too_large));
-    if (!whileWriting) {
-        write(bytes);
-    } else {
-        std::future<void> prepared = m_sideThread.run([&whileWriting, &upcoming = *changed]() noexcept { whileWriting(upcoming); });
-        // Waited for on every path: the task refers to this frame.
-        try {
-            write(bytes);
-        } catch (...) {
-            prepared.wait();
-            throw;
-        }
-        prepared.wait();
+
+    std::unique_ptr<DurableFile::Temporary> temporary = takeTemporary();
+    std::future<void> checked = m_sideThread.run([&upcoming = *changed, &whileWriting] {
+        upcoming.validated();
+        if (whileWriting)
+            whileWriting(upcoming);
+    });
+    // Waited for on every path: the task refers to this frame. Its error
+    // stops the rename.
+    try {
+        write(std::move(temporary), bytes, [&checked] {
+            if (checked.valid())
+                checked.get();
+        });
+    } catch (...) {
+        if (checked.valid())
+            checked.wait();
+        throw;
     }
     m_state = std::move(changed);
+    makeNextTemporary();
     return m_state;
 }
 
-void PracticeStore::write(const std::string& bytes)
+void PracticeStore::write(std::unique_ptr<DurableFile::Temporary> temporary, const std::string& bytes, const std::function<void()>& beforeRename)
 {
     try {
-        prepareFolder();
-        DurableFile::write(m_url, bytes, m_calls);
+        DurableFile::write(m_url, std::move(temporary), bytes, beforeRename);
     } catch (const std::filesystem::filesystem_error& error) {
         m_folderPrepared = false;
         if (error.code() != std::errc::no_such_file_or_directory)
@@ -73,7 +106,7 @@ void PracticeStore::write(const std::string& bytes)
         // The folder was removed while we ran (by the user, say): made
         // again, it takes the write as if nothing had happened.
         prepareFolder();
-        DurableFile::write(m_url, bytes, m_calls);
+        DurableFile::write(m_url, DurableFile::Temporary::make(m_url, m_calls), bytes, beforeRename);
     }
 }
 

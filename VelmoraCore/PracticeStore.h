@@ -3,8 +3,10 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <future>
 #include <memory>
 
+#include "DurableFile.h"
 #include "FileSystemCalls.h"
 #include "PracticeState.h"
 #include "SideThread.h"
@@ -31,8 +33,9 @@ namespace velmora {
 class PracticeStore {
 public:
     using Change = std::function<PracticeState(const PracticeState&)>;
-    // Called with the validated new state on another thread while the
-    // write waits for the device, before the state is in place: a caller may
+    // Called with the new state, once it passed validated(), on another
+    // thread while the write waits for the device, before the state is in
+    // place: a caller may
     // prepare what it will publish, from that state and from values it
     // captured beforehand, but must not publish anything until update() has
     // returned. It must not throw. update() returns only once it is done.
@@ -66,16 +69,25 @@ public:
     // whose file would pass sizeLimit, or an encoding or file-system error.
     // The folder is made, and leftovers of killed writers removed, on the
     // first write and again when it has gone away, not on every write.
+    // Validation runs beside the write's flushes and gates its rename; the
+    // next write's temporary is made on the side thread after this one, so
+    // a write pays for its bytes, its flushes and its rename only.
     std::shared_ptr<const PracticeState> update(const Change& change, const WhileWriting& whileWriting = {});
 
 private:
     void prepareFolder();
-    void write(const std::string& bytes);
+    std::unique_ptr<DurableFile::Temporary> takeTemporary();
+    void makeNextTemporary();
+    void write(std::unique_ptr<DurableFile::Temporary> temporary, const std::string& bytes, const std::function<void()>& beforeRename);
 
     std::filesystem::path m_url;
     FileSystemCalls& m_calls;
     std::shared_ptr<const PracticeState> m_state;
     bool m_folderPrepared = false;
+    // Made on the side thread; touched here only once m_nextMade is ready.
+    std::unique_ptr<DurableFile::Temporary> m_nextTemporary;
+    std::future<void> m_nextMade;
+    // Last: joined first, while what its tasks touch still exists.
     SideThread m_sideThread;
 };
 

@@ -2,8 +2,10 @@
 
 #include <cerrno>
 #include <functional>
+#include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "VelmoraCore/FileSystemCalls.h"
@@ -33,14 +35,20 @@ public:
     // The next write is interrupted by a signal before writing anything.
     void interruptNextWrite() { m_interruptNextWrite = true; }
 
-    [[nodiscard]] const std::vector<std::string>& steps() const { return m_steps; }
+    // A store makes its next temporary on a thread of its own: the steps are
+    // recorded from both.
+    [[nodiscard]] std::vector<std::string> steps() const
+    {
+        const std::scoped_lock lock(m_stepsMutex);
+        return m_steps;
+    }
     // Runs just before the rename, with the temporary's path: another
     // process's view of the folder in the middle of a write.
     void beforeRename(std::function<void(const char* temporary)> hook) { m_beforeRename = std::move(hook); }
 
     int createUniqueFile(char* pathTemplate) override
     {
-        m_steps.emplace_back("create");
+        record("create");
         if (failing(Step::createUniqueFile))
             return -1;
         return FileSystemCalls::createUniqueFile(pathTemplate);
@@ -48,7 +56,7 @@ public:
 
     ssize_t write(int descriptor, const void* bytes, std::size_t count) override
     {
-        m_steps.emplace_back("write");
+        record("write");
         if (m_interruptNextWrite) {
             m_interruptNextWrite = false;
             errno = EINTR;
@@ -66,7 +74,7 @@ public:
     int fsync(int descriptor) override
     {
         const bool folder = descriptor == m_folderDescriptor;
-        m_steps.emplace_back(folder ? "fsync folder" : "fsync");
+        record(folder ? "fsync folder" : "fsync");
         if (failing(folder ? Step::fsyncFolder : Step::fsyncFile))
             return -1;
         return FileSystemCalls::fsync(descriptor);
@@ -75,7 +83,7 @@ public:
     int close(int descriptor) override
     {
         const bool folder = descriptor == m_folderDescriptor;
-        m_steps.emplace_back(folder ? "close folder" : "close");
+        record(folder ? "close folder" : "close");
         if (!folder && failing(Step::close)) {
             FileSystemCalls::close(descriptor); // A failing close still releases the descriptor.
             errno = m_error;
@@ -90,7 +98,7 @@ public:
     {
         if (m_beforeRename)
             m_beforeRename(from);
-        m_steps.emplace_back("rename");
+        record("rename");
         if (failing(Step::rename))
             return -1;
         return FileSystemCalls::rename(from, to);
@@ -98,13 +106,13 @@ public:
 
     int makeFolder(const char* path, mode_t mode) override
     {
-        m_steps.emplace_back("make folder");
+        record("make folder");
         return FileSystemCalls::makeFolder(path, mode);
     }
 
     int openFolder(const char* path) override
     {
-        m_steps.emplace_back("open folder");
+        record("open folder");
         if (failing(Step::openFolder))
             return -1;
         m_folderDescriptor = FileSystemCalls::openFolder(path);
@@ -112,6 +120,12 @@ public:
     }
 
 private:
+    void record(std::string step)
+    {
+        const std::scoped_lock lock(m_stepsMutex);
+        m_steps.push_back(std::move(step));
+    }
+
     bool failing(Step step)
     {
         if (m_failingStep != step)
@@ -125,6 +139,7 @@ private:
     bool m_interruptNextWrite = false;
     bool m_shortWriteDone = false;
     int m_folderDescriptor = -1;
+    mutable std::mutex m_stepsMutex;
     std::vector<std::string> m_steps;
     std::function<void(const char*)> m_beforeRename;
 };

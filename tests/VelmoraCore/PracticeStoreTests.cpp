@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <functional>
@@ -68,20 +69,22 @@ protected:
 
 TEST_F(PracticeStoreTest, LoadWithoutFileCreatesNothing_FirstUpdateCreatesPrivateFoldersAndTheFile)
 {
-    PracticeStore store(url());
-    EXPECT_FALSE(store.state());
-    EXPECT_EQ(*store.load(), PracticeState());
-    EXPECT_EQ(*store.state(), PracticeState());
-    EXPECT_FALSE(fs::exists(url().parent_path())) << "neither the file nor its folder is created by loading";
+    {
+        PracticeStore store(url());
+        EXPECT_FALSE(store.state());
+        EXPECT_EQ(*store.load(), PracticeState());
+        EXPECT_EQ(*store.state(), PracticeState());
+        EXPECT_FALSE(fs::exists(url().parent_path())) << "neither the file nor its folder is created by loading";
 
-    const PracticeState saved = *store.update(selectPhone);
-    EXPECT_EQ(saved.selected, PracticeState::StringSet{"phone"});
-    EXPECT_EQ(*store.state(), saved);
-    EXPECT_EQ(fileBytes(url()), saved.toJSON());
+        const PracticeState saved = *store.update(selectPhone);
+        EXPECT_EQ(saved.selected, PracticeState::StringSet{"phone"});
+        EXPECT_EQ(*store.state(), saved);
+        EXPECT_EQ(fileBytes(url()), saved.toJSON());
+    }
     for (const fs::path& folder : {url().parent_path(), url().parent_path().parent_path()})
         EXPECT_EQ(fs::status(folder).permissions(), fs::perms::owner_all) << folder;
     EXPECT_EQ(fs::status(url()).permissions(), fs::perms::owner_read | fs::perms::owner_write);
-    EXPECT_TRUE(temporaries().empty());
+    EXPECT_TRUE(temporaries().empty()) << "the next write's temporary goes with the store";
 }
 
 struct BadFile {
@@ -164,10 +167,15 @@ class PracticeStoreWriteFault : public PracticeStoreTest, public testing::WithPa
 
 TEST_P(PracticeStoreWriteFault, LeavesStateFileAndFolderAsTheyWere)
 {
+    std::string saved;
+    {
+        PracticeStore first(url());
+        saved = saveFirstState(first);
+    }
+    // Started afresh, so that this write makes its temporary itself.
     FaultyFileSystemCalls calls;
     PracticeStore store(url(), calls);
-    const std::string saved = saveFirstState(store);
-    const std::shared_ptr<const PracticeState> held = store.state();
+    const std::shared_ptr<const PracticeState> held = store.load();
 
     calls.failAt(GetParam().step, GetParam().error);
     try {
@@ -204,16 +212,25 @@ TEST_F(PracticeStoreTest, FolderFlushFailure_IsIgnoredBecauseTheNewFileIsInPlace
     }
 }
 
-TEST_F(PracticeStoreTest, Write_FlushesTheFileBeforeTheRenameAndTheFolderAfterIt)
+TEST_F(PracticeStoreTest, Write_FlushesTheFileBeforeTheRenameAndTheFolderAfterIt_AndMakesTheNextTemporaryAhead)
 {
     FaultyFileSystemCalls calls;
-    PracticeStore store(url(), calls);
-    store.load();
-    calls.interruptNextWrite();
-    const PracticeState saved = *store.update(selectPhone);
+    PracticeState saved;
+    {
+        PracticeStore store(url(), calls);
+        store.load();
+        calls.interruptNextWrite();
+        store.update(selectPhone);
+        saved = *store.update([](PracticeState state) { state.bellSoundEnabled = !state.bellSoundEnabled; return state; });
+    }
     EXPECT_EQ(fileBytes(url()), saved.toJSON()) << "an interrupted write is resumed";
-    const std::vector<std::string> writeSteps(calls.steps().end() - 9, calls.steps().end());
-    EXPECT_EQ(writeSteps, (std::vector<std::string>{"create", "write", "write", "fsync", "close", "rename", "open folder", "fsync folder", "close folder"}));
+    std::vector<std::string> steps = calls.steps();
+    steps.erase(steps.begin(), std::find(steps.begin(), steps.end(), "create"));
+    EXPECT_EQ(steps, (std::vector<std::string>{
+                         "create", "write", "write", "fsync", "close", "rename", "open folder", "fsync folder", "close folder",
+                         "create", // the second write's, made once the first is in place
+                         "write", "fsync", "close", "rename", "open folder", "fsync folder", "close folder", "create", "close", // the third's, removed with the store
+                     }));
 }
 
 // What a hostile or careless hand may leave at the state file's place. None
@@ -310,7 +327,10 @@ TEST_F(PracticeStoreTest, Update_MakesTheFolderOnTheFirstWriteAndWhenItHasGoneNo
     FaultyFileSystemCalls calls;
     PracticeStore store(url(), calls);
     store.load();
-    const auto foldersMade = [&calls] { return std::count(calls.steps().begin(), calls.steps().end(), "make folder"); };
+    const auto foldersMade = [&calls] {
+        const std::vector<std::string> steps = calls.steps();
+        return std::count(steps.begin(), steps.end(), "make folder");
+    };
     const auto toggleBell = [](const PracticeState& current) {
         PracticeState state = current;
         state.bellSoundEnabled = !state.bellSoundEnabled;
@@ -323,8 +343,12 @@ TEST_F(PracticeStoreTest, Update_MakesTheFolderOnTheFirstWriteAndWhenItHasGoneNo
     store.update(toggleBell);
     EXPECT_EQ(foldersMade(), afterFirst) << "the folder is made once, not on every write";
 
-    // The user removes the folder while the library runs.
-    fs::remove_all(url().parent_path());
+    // The user removes the folder while the library runs, maybe while the
+    // next write's temporary is being made in it.
+    std::error_code removal;
+    for (const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10); fs::exists(url().parent_path()) && std::chrono::steady_clock::now() < deadline;)
+        fs::remove_all(url().parent_path(), removal);
+    ASSERT_FALSE(fs::exists(url().parent_path())) << removal.message();
     const PracticeState saved = *store.update(toggleBell);
     EXPECT_EQ(fileBytes(url()), saved.toJSON());
     EXPECT_GT(foldersMade(), afterFirst);
