@@ -6,7 +6,9 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <thread>
 
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -132,7 +134,8 @@ TEST_F(PracticeStoreTest, FailingOrInvalidChange_PassesItsErrorOnAndChangesNothi
 
     expectPracticeError([&] { store.update([](const PracticeState& state) { return state.notice("money", utc(2025, 1, 1), UserCalendar::utc()); }); }, PracticeError::notSelected);
     EXPECT_THROW(store.update([](const PracticeState&) -> PracticeState { throw std::runtime_error("change failed"); }), std::runtime_error);
-    // A change that breaks a rule is refused before anything is written.
+    // A change that breaks a rule is refused before it replaces anything,
+    // and its temporary goes.
     expectPracticeError([&] { store.update([](PracticeState state) { state.reminderHour = 25; return state; }); }, PracticeError::invalidData);
 
     EXPECT_EQ(store.state(), held);
@@ -352,6 +355,39 @@ TEST_F(PracticeStoreTest, Update_MakesTheFolderOnTheFirstWriteAndWhenItHasGoneNo
     const PracticeState saved = *store.update(toggleBell);
     EXPECT_EQ(fileBytes(url()), saved.toJSON());
     EXPECT_GT(foldersMade(), afterFirst);
+}
+
+// What a caller prepares while the write waits: from the new state, on
+// another thread, finished when update() returns, and never for a change
+// that is refused before anything is written.
+TEST_F(PracticeStoreTest, Update_PreparesFromTheNewStateBesideTheWriteAndOnlyForAValidOne)
+{
+    FaultyFileSystemCalls calls;
+    PracticeStore store(url(), calls);
+    store.load();
+    std::optional<std::thread::id> preparedOn;
+    std::optional<PracticeState> preparedFrom;
+    const auto prepare = [&](const PracticeState& upcoming) {
+        preparedOn = std::this_thread::get_id();
+        preparedFrom = upcoming;
+    };
+
+    const PracticeState saved = *store.update([](PracticeState state) { state.selected = {"phone"}; return state; }, prepare);
+    EXPECT_EQ(preparedFrom, saved);
+    EXPECT_NE(preparedOn, std::this_thread::get_id());
+
+    preparedFrom.reset();
+    expectPracticeError([&] { store.update([](PracticeState state) { state.reminderMinute = 60; return state; }, prepare); }, PracticeError::invalidData);
+    EXPECT_FALSE(preparedFrom) << "prepared for a state that is never stored";
+
+    // A write that fails after the preparation began: the store and the
+    // file keep the old state, and the preparation is over all the same.
+    calls.failAt(FaultyFileSystemCalls::Step::fsyncFile, EIO);
+    EXPECT_THROW(store.update([](PracticeState state) { state.hintSeen = true; return state; }, prepare), fs::filesystem_error);
+    EXPECT_EQ(*store.state(), saved);
+    EXPECT_EQ(fileBytes(url()), saved.toJSON());
+    ASSERT_TRUE(preparedFrom);
+    EXPECT_TRUE(preparedFrom->hintSeen);
 }
 
 } // namespace
