@@ -37,8 +37,6 @@ void PracticeStore::prepareFolder()
 
 std::unique_ptr<DurableFile::Temporary> PracticeStore::takeTemporary()
 {
-    if (m_nextMade.valid())
-        m_nextMade.get();
     prepareFolder();
     if (m_nextTemporary)
         return std::move(m_nextTemporary);
@@ -72,7 +70,9 @@ std::shared_ptr<const PracticeState> PracticeStore::update(const Change& change,
     if (bytes.size() > sizeLimit)
         throw std::filesystem::filesystem_error("write file", m_url, std::make_error_code(std::errc::file_too_large));
 
-    std::unique_ptr<DurableFile::Temporary> temporary = takeTemporary();
+    // The side thread is free again once the temporary made ahead is.
+    if (m_nextMade.valid())
+        m_nextMade.get();
     std::future<void> checked = m_sideThread.run([&upcoming = *changed, &whileWriting] {
         upcoming.validated();
         if (whileWriting)
@@ -81,7 +81,7 @@ std::shared_ptr<const PracticeState> PracticeStore::update(const Change& change,
     // Waited for on every path: the task refers to this frame. Its error
     // stops the rename.
     try {
-        write(std::move(temporary), bytes, [&checked] {
+        write(bytes, [&checked] {
             if (checked.valid())
                 checked.get();
         });
@@ -95,10 +95,10 @@ std::shared_ptr<const PracticeState> PracticeStore::update(const Change& change,
     return m_state;
 }
 
-void PracticeStore::write(std::unique_ptr<DurableFile::Temporary> temporary, const std::string& bytes, const std::function<void()>& beforeRename)
+void PracticeStore::write(const std::string& bytes, const std::function<void()>& beforeRename)
 {
     try {
-        DurableFile::write(m_url, std::move(temporary), bytes, beforeRename);
+        DurableFile::write(m_url, takeTemporary(), bytes, beforeRename);
     } catch (const std::filesystem::filesystem_error& error) {
         m_folderPrepared = false;
         if (error.code() != std::errc::no_such_file_or_directory)

@@ -78,7 +78,7 @@ private:
     void prepareFolder();
     std::unique_ptr<DurableFile::Temporary> takeTemporary();
     void makeNextTemporary();
-    void write(std::unique_ptr<DurableFile::Temporary> temporary, const std::string& bytes, const std::function<void()>& beforeRename);
+    void write(const std::string& bytes, const std::function<void()>& beforeRename);
 
     std::filesystem::path m_url;
     FileSystemCalls& m_calls;
