@@ -6,13 +6,9 @@
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
-#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
-
-#include <unicode/gregocal.h>
-#include <unicode/locid.h>
 
 #include "PracticeState.h"
 
@@ -35,43 +31,17 @@ UDate toUDate(Instant instant)
     return static_cast<UDate>(instant.time_since_epoch().count());
 }
 
-// A Gregorian calendar moved to whichever zone is asked for. ICU calendars
-// change their fields even when only read, so each thread keeps its own.
-class ZonedGregorianCalendar {
-public:
-    ZonedGregorianCalendar()
-        : m_calendar(*icu::TimeZone::getGMT(), icu::Locale::getRoot(), m_status)
-    {
-        checkICU(m_status, "creating a Gregorian calendar");
-    }
-
-    icu::Calendar& in(const UserCalendar& calendar)
-    {
-        // Holding the zone keeps its address from being reused by another
-        // zone, so comparing addresses is a sound test for "same zone".
-        if (!m_zoneInUse || &m_zoneInUse->timeZone() != &calendar.timeZone()) {
-            m_calendar.setTimeZone(calendar.timeZone());
-            m_zoneInUse = calendar;
-        }
-        return m_calendar;
-    }
-
-private:
-    UErrorCode m_status = U_ZERO_ERROR; // Declared first: the calendar's construction reports into it.
-    icu::GregorianCalendar m_calendar;
-    std::optional<UserCalendar> m_zoneInUse;
-};
-
+// Reading an ICU calendar changes its fields, so each thread keeps its own.
 icu::Calendar& gregorianIn(const UserCalendar& calendar)
 {
-    thread_local ZonedGregorianCalendar zoned;
+    thread_local ReusedGregorianCalendar zoned;
     return zoned.in(calendar);
 }
 
 // A calendar for pure date arithmetic: in UTC every calendar day is one step.
 icu::Calendar& utcDates()
 {
-    thread_local ZonedGregorianCalendar dates;
+    thread_local ReusedGregorianCalendar dates;
     return dates.in(UserCalendar::utc());
 }
 

@@ -5,12 +5,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <stdexcept>
-#include <string>
-
-#include <unicode/gregocal.h>
-#include <unicode/locid.h>
-#include <unicode/timezone.h>
 
 namespace velmora::ReminderDates {
 
@@ -29,42 +23,11 @@ Instant fromUDate(UDate date)
     return Instant(std::chrono::milliseconds(static_cast<std::int64_t>(date)));
 }
 
-// A Gregorian calendar that turns a date and a wall-clock time into an
-// instant the way a reminder time is meant:
-//  - a time inside a daylight-saving gap becomes the first time after the
-//    gap (02:30 on a night that jumps from 02:00 to 03:00 is 03:00). ICU's
-//    default would read it with the offset from before the gap and land as
-//    far past the gap as the time lay inside it (03:30);
-//  - a time that occurs twice is its first occurrence, the one before the
-//    clocks go back; ICU's default is the second.
-// Both settings need a lenient calendar: a strict one refuses a time inside
-// a gap instead of resolving it.
-icu::GregorianCalendar newWallClockCalendar()
-{
-    UErrorCode status = U_ZERO_ERROR;
-    icu::GregorianCalendar gregorian(*icu::TimeZone::getGMT(), icu::Locale::getRoot(), status);
-    // Only an ICU without its data gets here.
-    if (U_FAILURE(status))
-        throw std::logic_error(std::string("creating a Gregorian calendar: ") + u_errorName(status));
-    gregorian.setLenient(true);
-    gregorian.setSkippedWallTimeOption(UCAL_WALLTIME_NEXT_VALID);
-    gregorian.setRepeatedWallTimeOption(UCAL_WALLTIME_FIRST);
-    return gregorian;
-}
-
-// ICU calendars change their fields even when only read, so they are never
-// shared between threads: each thread keeps one, moved to the zone in use.
+// Reading an ICU calendar changes its fields, so each thread keeps its own.
 icu::Calendar& wallClockCalendarIn(const UserCalendar& calendar)
 {
-    thread_local icu::GregorianCalendar gregorian = newWallClockCalendar();
-    // Holding the zone keeps its address from being reused by another zone,
-    // so comparing addresses is a sound test for "same zone as last time".
-    thread_local std::optional<UserCalendar> zoneInUse;
-    if (!zoneInUse || &zoneInUse->timeZone() != &calendar.timeZone()) {
-        gregorian.setTimeZone(calendar.timeZone());
-        zoneInUse = calendar;
-    }
-    return gregorian;
+    thread_local ReusedGregorianCalendar gregorian;
+    return gregorian.in(calendar);
 }
 
 // The instant of `hour`:`minute`:00 on the local calendar day numbered

@@ -1,8 +1,10 @@
 #include "UserCalendar.h"
 
 #include <stdexcept>
+#include <string>
 #include <utility>
 
+#include <unicode/locid.h>
 #include <unicode/ucal.h>
 #include <unicode/unistr.h>
 
@@ -46,6 +48,30 @@ UserCalendar UserCalendar::utc()
 {
     static const UserCalendar utc = inTimeZone("UTC");
     return utc;
+}
+
+icu::GregorianCalendar UserCalendar::gregorian() const
+{
+    UErrorCode status = U_ZERO_ERROR;
+    icu::GregorianCalendar calendar(*m_zone, icu::Locale::getRoot(), status);
+    // Only an ICU without its data gets here.
+    if (U_FAILURE(status))
+        throw std::logic_error(std::string("creating a Gregorian calendar: ") + u_errorName(status));
+    calendar.setLenient(true);
+    calendar.setSkippedWallTimeOption(UCAL_WALLTIME_NEXT_VALID);
+    calendar.setRepeatedWallTimeOption(UCAL_WALLTIME_FIRST);
+    return calendar;
+}
+
+icu::Calendar& ReusedGregorianCalendar::in(const UserCalendar& calendar)
+{
+    // Holding the zone keeps its address from being reused by another zone,
+    // so comparing addresses is a sound test for "same zone as last time".
+    if (!m_zoneInUse || &m_zoneInUse->timeZone() != &calendar.timeZone()) {
+        m_calendar.setTimeZone(calendar.timeZone());
+        m_zoneInUse = calendar;
+    }
+    return m_calendar;
 }
 
 } // namespace velmora

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
+#include <unicode/gregocal.h>
 #include <unicode/timezone.h>
 
 namespace velmora {
@@ -34,11 +36,36 @@ public:
 
     bool operator==(const UserCalendar& other) const { return m_identifier == other.m_identifier; }
 
+    // A Gregorian calendar in this zone that turns a date and a wall-clock
+    // time into an instant the way a time of the practice is meant:
+    //  - a time inside a daylight-saving gap becomes the first time after the
+    //    gap (02:30 on a night that jumps from 02:00 to 03:00 is 03:00). ICU's
+    //    default would read it with the offset from before the gap and land as
+    //    far past the gap as the time lay inside it (03:30);
+    //  - a time that occurs twice is its first occurrence, the one before the
+    //    clocks go back; ICU's default is the second.
+    // Both need a lenient calendar: a strict one refuses a time inside a gap
+    // instead of resolving it. Reading an ICU calendar changes its fields, so
+    // one is never shared between threads.
+    [[nodiscard]] icu::GregorianCalendar gregorian() const;
+
 private:
     UserCalendar(std::shared_ptr<const icu::TimeZone> zone, std::string identifier);
 
     std::shared_ptr<const icu::TimeZone> m_zone;
     std::string m_identifier;
+};
+
+// One calendar of UserCalendar::gregorian()'s kind kept for reuse, since
+// building one costs more than most of its uses, and moved to whichever zone
+// it is asked for. Each thread keeps its own.
+class ReusedGregorianCalendar {
+public:
+    icu::Calendar& in(const UserCalendar& calendar);
+
+private:
+    icu::GregorianCalendar m_calendar = UserCalendar::utc().gregorian();
+    std::optional<UserCalendar> m_zoneInUse;
 };
 
 } // namespace velmora

@@ -1,11 +1,5 @@
 #include "TimeOfDay.h"
 
-#include <stdexcept>
-#include <string>
-
-#include <unicode/gregocal.h>
-#include <unicode/locid.h>
-
 namespace velmora {
 
 namespace {
@@ -13,26 +7,13 @@ namespace {
 constexpr std::int64_t hoursPerDay = 24;
 constexpr std::int64_t minutesPerHour = 60;
 
-// Built for each use: the picker is read once per redraw, and a shared ICU
-// calendar would need guarding, since reading one changes its fields.
-icu::GregorianCalendar calendarIn(const UserCalendar& calendar)
-{
-    UErrorCode status = U_ZERO_ERROR;
-    icu::GregorianCalendar gregorian(calendar.timeZone(), icu::Locale::getRoot(), status);
-    // Only an ICU without its data gets here.
-    if (U_FAILURE(status))
-        throw std::logic_error(std::string("creating a Gregorian calendar: ") + u_errorName(status));
-    gregorian.setLenient(true);
-    gregorian.setSkippedWallTimeOption(UCAL_WALLTIME_NEXT_VALID);
-    gregorian.setRepeatedWallTimeOption(UCAL_WALLTIME_FIRST);
-    return gregorian;
-}
-
 } // namespace
 
 std::optional<TimeOfDay> TimeOfDay::of(Instant instant, const UserCalendar& calendar)
 {
-    icu::GregorianCalendar gregorian = calendarIn(calendar);
+    // Built for each use: the picker is read once per redraw, and a shared
+    // ICU calendar would need guarding, since reading one changes its fields.
+    icu::GregorianCalendar gregorian = calendar.gregorian();
     UErrorCode status = U_ZERO_ERROR;
     gregorian.setTime(static_cast<UDate>(instant.time_since_epoch().count()), status);
     const int32_t hour = gregorian.get(UCAL_HOUR_OF_DAY, status);
@@ -51,7 +32,7 @@ std::optional<Instant> TimeOfDay::on(Instant now, const UserCalendar& calendar) 
 {
     if (!isOnTheClock())
         return std::nullopt;
-    icu::GregorianCalendar gregorian = calendarIn(calendar);
+    icu::GregorianCalendar gregorian = calendar.gregorian();
     UErrorCode status = U_ZERO_ERROR;
     gregorian.setTime(static_cast<UDate>(now.time_since_epoch().count()), status);
     gregorian.set(UCAL_HOUR_OF_DAY, static_cast<int32_t>(hour));

@@ -1,29 +1,12 @@
 #include "NotificationTrigger.h"
 
 #include <chrono>
-#include <memory>
 #include <stdexcept>
 #include <string>
-
-#include <unicode/gregocal.h>
-#include <unicode/locid.h>
 
 namespace velmora {
 
 namespace {
-
-// Lenient, because ICU resolves a skipped or repeated wall-clock time only
-// in a lenient calendar; the fields are range-checked before they get here.
-std::unique_ptr<icu::GregorianCalendar> gregorianIn(const UserCalendar& calendar)
-{
-    UErrorCode status = U_ZERO_ERROR;
-    auto gregorian = std::make_unique<icu::GregorianCalendar>(calendar.timeZone(), icu::Locale::getRoot(), status);
-    if (U_FAILURE(status))
-        throw std::logic_error(std::string("creating a Gregorian calendar: ") + u_errorName(status));
-    gregorian->setSkippedWallTimeOption(UCAL_WALLTIME_NEXT_VALID);
-    gregorian->setRepeatedWallTimeOption(UCAL_WALLTIME_FIRST);
-    return gregorian;
-}
 
 bool isCalendarDate(std::int32_t year, std::int32_t month, std::int32_t day)
 {
@@ -36,15 +19,15 @@ bool isCalendarDate(std::int32_t year, std::int32_t month, std::int32_t day)
 
 NotificationTrigger NotificationTrigger::at(Instant date, const UserCalendar& calendar)
 {
-    auto gregorian = gregorianIn(calendar);
+    icu::GregorianCalendar gregorian = calendar.gregorian();
     UErrorCode status = U_ZERO_ERROR;
-    gregorian->setTime(static_cast<UDate>(date.time_since_epoch().count()), status);
+    gregorian.setTime(static_cast<UDate>(date.time_since_epoch().count()), status);
     NotificationTrigger trigger;
-    trigger.year = gregorian->get(UCAL_YEAR, status);
-    trigger.month = gregorian->get(UCAL_MONTH, status) + 1;
-    trigger.day = gregorian->get(UCAL_DATE, status);
-    trigger.hour = gregorian->get(UCAL_HOUR_OF_DAY, status);
-    trigger.minute = gregorian->get(UCAL_MINUTE, status);
+    trigger.year = gregorian.get(UCAL_YEAR, status);
+    trigger.month = gregorian.get(UCAL_MONTH, status) + 1;
+    trigger.day = gregorian.get(UCAL_DATE, status);
+    trigger.hour = gregorian.get(UCAL_HOUR_OF_DAY, status);
+    trigger.minute = gregorian.get(UCAL_MINUTE, status);
     // Every instant of the years the practice deals with has these fields.
     if (U_FAILURE(status))
         throw std::logic_error(std::string("reading a calendar minute: ") + u_errorName(status));
@@ -63,11 +46,11 @@ std::optional<Instant> NotificationTrigger::instant() const
         // An unknown zone names no time; the caller hears none.
         return std::nullopt;
     }
-    auto gregorian = gregorianIn(*calendar);
-    gregorian->clear();
-    gregorian->set(year, month - 1, day, hour, minute, 0);
+    icu::GregorianCalendar gregorian = calendar->gregorian();
+    gregorian.clear();
+    gregorian.set(year, month - 1, day, hour, minute, 0);
     UErrorCode status = U_ZERO_ERROR;
-    const UDate milliseconds = gregorian->getTime(status);
+    const UDate milliseconds = gregorian.getTime(status);
     if (U_FAILURE(status))
         return std::nullopt;
     return Instant(std::chrono::milliseconds(static_cast<std::int64_t>(milliseconds)));
