@@ -18,7 +18,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
-#include <cstring>
 #include <ctime>
 #include <fcntl.h>
 #include <filesystem>
@@ -28,10 +27,9 @@
 #include <string>
 #include <vector>
 
-#include <dlfcn.h>
 #include <unistd.h>
 
-#include "velmora/velmora.h"
+#include "VelmoraFunctions.h"
 
 namespace {
 
@@ -43,19 +41,6 @@ long residentKiB()
             return std::stol(line.substr(6));
     }
     return -1;
-}
-
-template <typename Function>
-Function lookUp(void* library, const char* name)
-{
-    void* symbol = ::dlsym(library, name);
-    if (symbol == nullptr) {
-        std::cerr << "probe: " << name << " is missing\n";
-        std::exit(EXIT_FAILURE); // NOLINT(concurrency-mt-unsafe): no other thread yet
-    }
-    Function function = nullptr;
-    std::memcpy(&function, &symbol, sizeof(function));
-    return function;
 }
 
 using Clock = std::chrono::steady_clock;
@@ -117,19 +102,15 @@ long long maximum(const std::vector<long long>& values)
     return values.empty() ? -1 : *std::max_element(values.begin(), values.end());
 }
 
-int timeNoticings(void* library, int count, const char* topic)
+int timeNoticings(const VelmoraFunctions& library, int count, const char* topic)
 {
-    const auto start = lookUp<decltype(&VelmoraStart)>(library, "VelmoraStart");
-    const auto notice = lookUp<decltype(&VelmoraNotice)>(library, "VelmoraNotice");
-    const auto copyEvent = lookUp<decltype(&VelmoraCopyEvent)>(library, "VelmoraCopyEvent");
-    const auto freeEvent = lookUp<decltype(&VelmoraFree)>(library, "VelmoraFree");
     const std::filesystem::path state = stateFile();
     const std::filesystem::path bare = state.parent_path() / "bare-write.json";
 
     const Clock::time_point begin = Clock::now();
-    start();
+    library.start();
     const Clock::duration started = Clock::now() - begin;
-    freeEvent(copyEvent());
+    library.freeEvent(library.copyEvent());
 
     std::vector<long long> noticings;
     std::vector<long long> bareWrites;
@@ -139,15 +120,15 @@ int timeNoticings(void* library, int count, const char* topic)
     for (int round = 0; round < count; ++round) {
         const long long cpuBefore = processCpuNanoseconds();
         const Clock::time_point before = Clock::now();
-        notice(topic);
+        library.notice(topic);
         const Clock::duration noticing = Clock::now() - before;
         noticings.push_back(nanoseconds(noticing));
-        char* event = copyEvent();
+        char* event = library.copyEvent();
         noticingCpu.push_back(processCpuNanoseconds() - cpuBefore);
         if (event == nullptr)
             continue;
         ++acknowledged;
-        freeEvent(event);
+        library.freeEvent(event);
         const std::string bytes = fileBytes(state);
         const long long writeCpuBefore = processCpuNanoseconds();
         const Clock::time_point writeBegin = Clock::now();
@@ -179,30 +160,29 @@ int main(int argc, char** argv)
         return EXIT_FAILURE;
     }
     const long beforeLoading = residentKiB();
-    void* library = ::dlopen(argv[1], RTLD_NOW | RTLD_LOCAL);
-    if (library == nullptr) {
-        std::cerr << "probe: " << ::dlerror() << '\n'; // NOLINT(concurrency-mt-unsafe): no other thread yet
+    VelmoraFunctions library;
+    try {
+        library = VelmoraFunctions::load(argv[1]);
+    } catch (const VelmoraLoadError& error) {
+        std::cerr << "probe: " << error.what() << '\n';
         return EXIT_FAILURE;
     }
     if (noticing)
         return timeNoticings(library, std::atoi(argv[3]), argv[4]);
-    const auto start = lookUp<decltype(&VelmoraStart)>(library, "VelmoraStart");
-    const auto copyEvent = lookUp<decltype(&VelmoraCopyEvent)>(library, "VelmoraCopyEvent");
-    const auto freeEvent = lookUp<decltype(&VelmoraFree)>(library, "VelmoraFree");
     const long afterLoading = residentKiB();
 
     const auto begin = std::chrono::steady_clock::now();
-    start();
+    library.start();
     char* event = nullptr;
     const auto giveUp = begin + std::chrono::seconds(10);
-    while ((event = copyEvent()) == nullptr && std::chrono::steady_clock::now() < giveUp) {
+    while ((event = library.copyEvent()) == nullptr && std::chrono::steady_clock::now() < giveUp) {
     }
     const auto end = std::chrono::steady_clock::now();
     if (event == nullptr) {
         std::cerr << "probe: no event within ten seconds\n";
         return EXIT_FAILURE;
     }
-    freeEvent(event);
+    library.freeEvent(event);
     const long afterStart = residentKiB();
 
     std::cout << "startToFirstEventNanoseconds " << std::chrono::duration_cast<std::chrono::nanoseconds>(end - begin).count() << '\n'

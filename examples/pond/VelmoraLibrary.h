@@ -1,19 +1,11 @@
 #pragma once
 
-#include <cstdint>
-#include <memory>
-#include <stdexcept>
 #include <string>
 
 #include "PondInput.h"
+#include "VelmoraFunctions.h"
 
 namespace pond {
-
-// The library could not be loaded, or lacks one of its functions.
-class VelmoraLoadError : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
 
 // libVelmoraNative, loaded at run time, and its eleven functions. The
 // library stays loaded until the process ends: its own threads may still
@@ -51,24 +43,14 @@ public:
     // search) and looks up every function. Throws VelmoraLoadError.
     explicit VelmoraLibrary(const std::string& path);
 
-    void start() const { m_start(); }
-    void notice(const std::string& topicID) const { m_notice(topicID.c_str()); }
-    [[nodiscard]] Event copyEvent() const { return {*this, m_copyEvent()}; }
+    void start() const { m_functions.start(); }
+    void notice(const std::string& topicID) const { m_functions.notice(topicID.c_str()); }
+    [[nodiscard]] Event copyEvent() const { return {*this, m_functions.copyEvent()}; }
     // Every reader but the event, in one go: what a frame needs to know.
     [[nodiscard]] PondInput readInput() const;
 
 private:
-    void (*m_start)() = nullptr;
-    void (*m_notice)(const char*) = nullptr;
-    char* (*m_copyEvent)() = nullptr;
-    void (*m_free)(char*) = nullptr;
-    float (*m_contentWidth)() = nullptr;
-    std::int32_t (*m_isPondVisible)() = nullptr;
-    std::int32_t (*m_isPondInteractive)() = nullptr;
-    void (*m_readPointer)(float*, float*) = nullptr;
-    void (*m_readPointerButtons)(std::int32_t*, std::int32_t*, std::int32_t*) = nullptr;
-    void (*m_readScroll)(float*, float*) = nullptr;
-    void (*m_readNavigation)(float*, float*) = nullptr;
+    VelmoraFunctions m_functions;
 };
 
 } // namespace pond
