@@ -19,6 +19,7 @@ packages="
     openbox
     python3-dbusmock
     xdotool
+    x11-utils
     fonts-dejavu-core
     dbus-daemon
     libgtest-dev

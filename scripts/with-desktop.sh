@@ -16,9 +16,17 @@ fi
 
 openbox --sm-disable >/dev/null 2>&1 &
 window_manager=$!
-# The window manager takes over the display within moments; tests that need
-# it wait for their own windows' state anyway.
-sleep 0.5
+# The window manager has taken the display over once it names itself on the
+# root window; the tests count on its placement and focus from their start.
+waited=0
+until xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id'; do
+    waited=$((waited + 1))
+    if [ "$waited" -gt 600 ]; then
+        echo "with-desktop: the window manager did not take the display" >&2
+        exit 1
+    fi
+    sleep 0.05
+done
 status=0
 "$@" || status=$?
 kill "$window_manager" 2>/dev/null || true

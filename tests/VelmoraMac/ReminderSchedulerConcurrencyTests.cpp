@@ -50,13 +50,13 @@ protected:
         m_scheduler->setOnOpen([this] { ++m_opened; });
     }
 
-    // Lets every answer arrive and every hop run, until all is quiet.
+    // Lets every answer arrive and every hop run, until a hop asks the
+    // centre nothing more.
     void settle()
     {
-        for (int round = 0; round < 3; ++round) {
+        do {
             m_center->waitUntilIdle();
-            m_mainThread->runPending();
-        }
+        } while (m_mainThread->runPending());
     }
 
     void scheduleAndSettle(const PracticeState& state, const std::string& body = "A gentle pause")

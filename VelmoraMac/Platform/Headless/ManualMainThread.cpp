@@ -67,11 +67,13 @@ ManualMainThread::~ManualMainThread()
     shutDown();
 }
 
-void ManualMainThread::runPending()
+bool ManualMainThread::runPending()
 {
     requireMainThread("runPending");
-    while (g_main_context_iteration(context(), FALSE) != FALSE) {
-    }
+    bool ran = false;
+    while (g_main_context_iteration(context(), FALSE) != FALSE)
+        ran = true;
+    return ran;
 }
 
 void ManualMainThread::waitForWork()

@@ -32,8 +32,9 @@ public:
     ~ManualMainThread() override;
 
     // Runs every queued task and every timer that is due, and then whatever
-    // that work queued in turn, until nothing is left to run now.
-    void runPending();
+    // that work queued in turn, until nothing is left to run now. Tells
+    // whether anything ran.
+    bool runPending();
     // Blocks until some work is queued; returns at once if some already is.
     void waitForWork();
 

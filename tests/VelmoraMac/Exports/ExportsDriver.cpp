@@ -10,75 +10,15 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <fstream>
 #include <iostream>
-#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include <dlfcn.h>
-
-#include "velmora/velmora.h"
+#include "examples/VelmoraFunctions.h"
 
 namespace {
-
-// The library's eleven functions, looked up as a renderer looks them up.
-struct NativeLibrary {
-    decltype(&VelmoraStart) start = nullptr;
-    decltype(&VelmoraNotice) notice = nullptr;
-    decltype(&VelmoraCopyEvent) copyEvent = nullptr;
-    decltype(&VelmoraFree) freeEvent = nullptr;
-    decltype(&VelmoraContentWidth) contentWidth = nullptr;
-    decltype(&VelmoraIsPondVisible) isPondVisible = nullptr;
-    decltype(&VelmoraIsPondInteractive) isPondInteractive = nullptr;
-    decltype(&VelmoraReadPointer) readPointer = nullptr;
-    decltype(&VelmoraReadPointerButtons) readPointerButtons = nullptr;
-    decltype(&VelmoraReadScroll) readScroll = nullptr;
-    decltype(&VelmoraReadNavigation) readNavigation = nullptr;
-
-    explicit NativeLibrary(const char* path)
-    {
-        // Never closed: the library cannot be unloaded while its thread runs.
-        void* handle = ::dlopen(path, RTLD_NOW | RTLD_LOCAL);
-        if (handle == nullptr)
-            throw std::runtime_error(std::string("dlopen: ") + ::dlerror()); // NOLINT(concurrency-mt-unsafe): before any thread
-        lookUp(handle, "VelmoraStart", start);
-        lookUp(handle, "VelmoraNotice", notice);
-        lookUp(handle, "VelmoraCopyEvent", copyEvent);
-        lookUp(handle, "VelmoraFree", freeEvent);
-        lookUp(handle, "VelmoraContentWidth", contentWidth);
-        lookUp(handle, "VelmoraIsPondVisible", isPondVisible);
-        lookUp(handle, "VelmoraIsPondInteractive", isPondInteractive);
-        lookUp(handle, "VelmoraReadPointer", readPointer);
-        lookUp(handle, "VelmoraReadPointerButtons", readPointerButtons);
-        lookUp(handle, "VelmoraReadScroll", readScroll);
-        lookUp(handle, "VelmoraReadNavigation", readNavigation);
-    }
-
-    // The next event as text, released at once; "null" when there is none.
-    [[nodiscard]] std::string takeEvent() const
-    {
-        char* event = copyEvent();
-        if (event == nullptr)
-            return "null";
-        std::string text(event);
-        freeEvent(event);
-        return text;
-    }
-
-private:
-    template <typename Function>
-    static void lookUp(void* handle, const char* name, Function& function)
-    {
-        void* symbol = ::dlsym(handle, name);
-        if (symbol == nullptr)
-            throw std::runtime_error(std::string("dlsym: ") + name);
-        static_assert(sizeof(function) == sizeof(symbol));
-        std::memcpy(&function, &symbol, sizeof(function));
-    }
-};
 
 // Every reader's answer at one moment. The out-parameters start as values no
 // reader gives, so that one left unwritten shows.
@@ -96,7 +36,7 @@ struct Reading {
     std::int32_t visible = -7;
     std::int32_t interactive = -7;
 
-    static Reading of(const NativeLibrary& library)
+    static Reading of(const VelmoraFunctions& library)
     {
         Reading reading;
         library.readPointer(&reading.pointerX, &reading.pointerY);
@@ -117,7 +57,7 @@ struct Reading {
 };
 
 // Every function once without the out-parameters, which must not crash.
-void callWithNullPointers(const NativeLibrary& library)
+void callWithNullPointers(const VelmoraFunctions& library)
 {
     library.readPointer(nullptr, nullptr);
     library.readPointerButtons(nullptr, nullptr, nullptr);
@@ -144,7 +84,7 @@ std::string threadCount()
     return "unknown";
 }
 
-int run(const NativeLibrary& library, const std::string& scenario, const std::vector<std::string>& arguments)
+int run(const VelmoraFunctions& library, const std::string& scenario, const std::vector<std::string>& arguments)
 {
     if (scenario == "start-twice") {
         library.start();
@@ -221,19 +161,30 @@ int run(const NativeLibrary& library, const std::string& scenario, const std::ve
         std::cout << "acknowledged " << acknowledged << '\n';
     } else if (scenario == "exit-while-polling") {
         // exit-while-polling <topic>: a thread polls and notices without
-        // pause while the program returns from main past a timer tick, as a
-        // renderer that does not stop its render thread does.
+        // pause while the program returns from main past a tick of the
+        // library's one-second timer, as a renderer that does not stop its
+        // render thread does.
         library.start();
+        const auto tickDue = std::chrono::steady_clock::now() + std::chrono::seconds(1);
+        // Each call waits for the library's main thread, so two rounds
+        // begun after the tick fell due have seen it run. Static: the
+        // thread outlives main's frame.
+        static std::atomic<int> roundsPastTheTick{0};
         // A copy: main's own goes away while the thread runs on.
-        std::thread([library, topic = arguments.at(0)] {
+        std::thread([library, tickDue, topic = arguments.at(0)] {
             for (;;) {
+                const bool pastTheTick = std::chrono::steady_clock::now() >= tickDue;
                 library.notice(topic.c_str());
                 (void)Reading::of(library);
                 (void)library.takeEvent();
+                if (pastTheTick)
+                    ++roundsPastTheTick;
             }
         }).detach();
-        std::this_thread::sleep_for(std::chrono::milliseconds(1200));
-        std::cout << "exiting yes\n";
+        const auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+        while (roundsPastTheTick < 2 && std::chrono::steady_clock::now() < giveUp)
+            std::this_thread::yield();
+        std::cout << "exiting " << (roundsPastTheTick >= 2 ? "yes" : "before the tick") << '\n';
     } else {
         std::cerr << "unknown scenario " << scenario << '\n';
         return 2;
@@ -250,7 +201,7 @@ int main(int argc, char** argv)
         return 2;
     }
     try {
-        const NativeLibrary library(argv[1]);
+        const VelmoraFunctions library = VelmoraFunctions::load(argv[1]);
         const int status = run(library, argv[2], std::vector<std::string>(argv + 3, argv + argc));
         std::cout.flush();
         return status;

@@ -203,6 +203,8 @@ TEST_F(DesktopApplicationTest, Terminate_HidesTheWindowsThenExitsNormallyFromThe
             (void)std::atexit(&reportExitHandlers);
             app->terminate();
             (void)std::fputs(gtk_widget_get_visible(window) ? "returned shown" : "returned hidden", stderr);
+            // The loop runs the exit, which ends the process: nothing here
+            // comes true, and only a lost exit meets the deadline.
             (void)iterateUntil([] { return false; });
             std::_Exit(3);
         },

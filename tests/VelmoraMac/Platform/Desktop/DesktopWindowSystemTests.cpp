@@ -20,7 +20,6 @@
 namespace velmora {
 namespace {
 
-using namespace std::chrono_literals;
 using test::iterateUntil;
 
 // The shipped content, for the gear's real icon.
@@ -29,10 +28,20 @@ std::filesystem::path contentResource()
     return std::filesystem::path(__FILE__).parent_path() / "../../../../VelmoraMac/Resources/content.json";
 }
 
-// Lets the window manager and GTK finish what they were doing.
-void settle()
+// The X server has handled every request made so far and the loop has
+// nothing left to run: whatever those requests and the loop's own work set
+// going has happened, except in other clients such as the window manager.
+bool quiet()
 {
-    (void)iterateUntil([] { return false; }, 200ms);
+    gdk_display_sync(gdk_display_get_default());
+    return g_main_context_pending(nullptr) == FALSE;
+}
+
+// The window manager has mapped `window`: its map notification is in.
+bool mapped(GtkWindow* window)
+{
+    GdkWindow* gdkWindow = gtk_widget_get_window(GTK_WIDGET(window));
+    return gtk_widget_get_mapped(GTK_WIDGET(window)) && (gdk_window_get_state(gdkWindow) & GDK_WINDOW_STATE_WITHDRAWN) == 0;
 }
 
 // A channel (0...255) of a pixel of an ARGB32 surface: 24 for alpha, 8
@@ -60,7 +69,7 @@ protected:
         m_system.reset();
         for (GtkWidget* window : m_rendererWindows)
             gtk_widget_destroy(window);
-        settle();
+        (void)iterateUntil(quiet);
     }
 
     void SetUp() override
@@ -92,6 +101,16 @@ protected:
                 return window;
         }
         return nullptr;
+    }
+
+    // Where the X server has `window`, title bar included, is `frame` in
+    // bottom-left screen coordinates: the window manager has placed it.
+    [[nodiscard]] bool placed(GtkWindow* window, const Rect& frame) const
+    {
+        GdkRectangle extents;
+        gdk_window_get_frame_extents(gtk_widget_get_window(GTK_WIDGET(window)), &extents);
+        const double screenHeight = m_system->screens().front().frame.height();
+        return Rect(extents.x, screenHeight - extents.y - extents.height, extents.width, extents.height) == frame;
     }
 
     [[nodiscard]] const std::vector<SystemNotification>& posted() const { return m_notifications->posted(); }
@@ -166,9 +185,8 @@ TEST_F(DesktopWindowSystemTest, Frames_AreInBottomLeftScreenCoordinatesBothWays)
     pond->setFrame(wanted, FrameDisplay::immediate);
     EXPECT_EQ(pond->frame(), wanted);
     pond->orderFront();
-    ASSERT_TRUE(iterateUntil([&] { return gtk_widget_get_mapped(GTK_WIDGET(renderer)) && pond->frame() == wanted; })) << pond->frame().minX() << ", " << pond->frame().minY() << " " << pond->frame().width() << " x " << pond->frame().height();
-    settle();
-    EXPECT_EQ(pond->frame(), wanted);
+    ASSERT_TRUE(iterateUntil([&] { return mapped(renderer) && placed(renderer, wanted) && quiet(); }));
+    EXPECT_EQ(pond->frame(), wanted) << pond->frame().minX() << ", " << pond->frame().minY() << " " << pond->frame().width() << " x " << pond->frame().height();
 
     // The frame's top edge lies 200 + 300 points below the screen's top.
     GdkRectangle extents;
@@ -212,10 +230,11 @@ TEST_F(DesktopWindowSystemTest, ChildWindows_FollowTheirParentUntilRemoved)
     EXPECT_EQ(gtk_window_get_transient_for(desktopPanel.gtkWindow()), nullptr);
     // The window manager may still be working through the moves the drag
     // caused.
-    settle();
+    ASSERT_TRUE(iterateUntil([&] { return placed(desktopPanel.gtkWindow(), panel->frame()) && placed(renderer, pond->frame()) && quiet(); }));
     const Rect left = panel->frame();
-    pond->setFrame(Rect(40, 60, 300, 200), FrameDisplay::immediate);
-    settle();
+    const Rect moved(40, 60, 300, 200);
+    pond->setFrame(moved, FrameDisplay::immediate);
+    ASSERT_TRUE(iterateUntil([&] { return placed(renderer, moved) && pond->frame() == moved && quiet(); }));
     EXPECT_EQ(panel->frame(), left);
 
     // A child ordered below keeps its parent above it instead.
@@ -234,8 +253,7 @@ TEST_F(DesktopWindowSystemTest, FullScreen_PostsWillDuringTheCallAndDidOnceTheWi
     const std::shared_ptr<Window> pond = adopted();
     ASSERT_NE(pond, nullptr);
     pond->makeKeyAndOrderFront();
-    ASSERT_TRUE(iterateUntil([&] { return gtk_widget_get_mapped(GTK_WIDGET(renderer)); }));
-    settle();
+    ASSERT_TRUE(iterateUntil([&] { return mapped(renderer) && quiet(); }));
     const auto stateIsFullScreen = [&] { return (gdk_window_get_state(gtk_widget_get_window(GTK_WIDGET(renderer))) & GDK_WINDOW_STATE_FULLSCREEN) != 0; };
 
     // In and out again with a window manager; without one the window
@@ -256,7 +274,7 @@ TEST_F(DesktopWindowSystemTest, FullScreen_PostsWillDuringTheCallAndDidOnceTheWi
         // transition still ends, after the window system's patience.
         ASSERT_TRUE(iterateUntil([&] { return std::ranges::find(posted().begin() + static_cast<std::ptrdiff_t>(before), posted().end(), did) != posted().end(); }));
         EXPECT_EQ(pond->isFullScreen(), stateIsFullScreen());
-        settle();
+        ASSERT_TRUE(iterateUntil(quiet));
         EXPECT_EQ(std::ranges::count(posted().begin() + static_cast<std::ptrdiff_t>(before), posted().end(), did), 1);
     }
 }
@@ -285,8 +303,7 @@ TEST_F(ChromeTest, OverPond_TakesGearClicksAndLetsEveryOtherClickThrough)
     const Rect frame(200, 100, 780, 560);
     pond->setFrame(frame, FrameDisplay::immediate);
     pond->makeKeyAndOrderFront();
-    ASSERT_TRUE(iterateUntil([&] { return gtk_widget_get_mapped(GTK_WIDGET(renderer)) && pond->frame() == frame; }));
-    settle();
+    ASSERT_TRUE(iterateUntil([&] { return mapped(renderer) && placed(renderer, frame) && pond->frame() == frame && quiet(); }));
     const Size content = pond->contentView()->bounds().size;
     ASSERT_TRUE(iterateUntil([&] { return chrome->size() == content; }));
     EXPECT_LE(content.height, frame.height()) << "the content lies below the title bar";
