@@ -1,4 +1,8 @@
-# Every target of ours compiles with these; a warning is an error.
+# Every target of ours compiles with these; a warning is an error unless a
+# packager whose compiler warns of more turns that off.
+option(VELMORA_WERROR "Treat compiler warnings as errors" ON)
+set(VELMORA_WERROR_FLAG $<$<BOOL:${VELMORA_WERROR}>:-Werror>)
+
 add_library(VelmoraWarnings INTERFACE)
 target_compile_options(VelmoraWarnings INTERFACE
     -Wall
@@ -13,5 +17,5 @@ target_compile_options(VelmoraWarnings INTERFACE
     -Wcast-qual
     -Wformat=2
     -Wimplicit-fallthrough
-    -Werror
+    ${VELMORA_WERROR_FLAG}
 )

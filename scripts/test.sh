@@ -1,5 +1,6 @@
 #!/bin/sh
-# Builds and runs every test: a normal build, an AddressSanitizer +
+# Builds and runs every test: a normal build, a clang++ build of the
+# library, the pond and the core's tests, an AddressSanitizer +
 # UndefinedBehaviorSanitizer build, and the concurrency tests under
 # ThreadSanitizer. Installs missing Debian packages first.
 set -eu
@@ -25,6 +26,14 @@ build_and_test() {
 }
 
 build_and_test normal ""
+
+# clang++ warns of what g++ lets pass (a local named as a static member):
+# the library, the pond and the core's tests build with it too, and run.
+cmake -S . -B build/clang -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+    -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DVELMORA_BUILD_BENCHMARKS=OFF
+cmake --build build/clang --parallel "$jobs" --target VelmoraNative pond VelmoraCoreTests
+build/clang/tests/VelmoraCore/VelmoraCoreTests --gtest_brief=1
+
 ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1:detect_stack_use_after_return=1 \
 LSAN_OPTIONS="suppressions=$PWD/scripts/lsan.supp:print_suppressions=0" \
 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \

@@ -164,9 +164,9 @@ PondPainter::TextMask PondPainter::textMask(const std::string& text, const char*
     pango_layout_set_width(layout.get(), static_cast<int>(maximumWidth * PANGO_SCALE));
     pango_layout_set_ellipsize(layout.get(), PANGO_ELLIPSIZE_END);
     pango_layout_set_single_paragraph_mode(layout.get(), TRUE);
-    PangoRectangle ink{};
+    PangoRectangle inked{};
     PangoRectangle logical{};
-    pango_layout_get_pixel_extents(layout.get(), &ink, &logical);
+    pango_layout_get_pixel_extents(layout.get(), &inked, &logical);
     mask.width = logical.width;
     mask.height = logical.height;
     mask.surface.reset(cairo_image_surface_create(CAIRO_FORMAT_A8, devicePixels(mask.width + 2, m_deviceScale), devicePixels(mask.height + 2, m_deviceScale)));

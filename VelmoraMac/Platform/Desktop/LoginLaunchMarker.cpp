@@ -39,8 +39,8 @@ std::vector<std::string> LoginLaunchMarker::processArguments()
 {
     std::ifstream file("/proc/self/cmdline", std::ios::binary);
     std::vector<std::string> arguments;
-    for (std::string argument; std::getline(file, argument, '\0');)
-        arguments.push_back(argument);
+    for (std::string field; std::getline(file, field, '\0');)
+        arguments.push_back(field);
     return arguments;
 }
 
