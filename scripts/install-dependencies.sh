@@ -13,6 +13,11 @@ packages="
     nlohmann-json3-dev
     libglib2.0-dev
     libgtk-3-dev
+    libpulse-dev
+    pulseaudio
+    pulseaudio-utils
+    workrave
+    safeeyes
     libdbusmenu-glib-dev
     xvfb
     xauth

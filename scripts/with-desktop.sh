@@ -1,8 +1,11 @@
 #!/bin/sh
 # Runs a command on a throw-away desktop: a virtual X display (Xvfb), a
-# private session bus and a window manager (openbox), so that the desktop
-# platform's windows, tray item and notifications can be tested on a
-# machine without a screen. The command's exit status is this script's.
+# private session bus, a window manager (openbox) and a sound server
+# (PulseAudio) whose one sink plays into nothing, so that the desktop
+# platform's windows, tray item and notifications, and the pond's sounds,
+# can be tested on a machine without a screen or speakers. The sink's
+# monitor, the default source, hears what was played. The command's exit
+# status is this script's.
 #
 #   scripts/with-desktop.sh ctest --test-dir build/normal
 set -eu
@@ -16,6 +19,25 @@ fi
 
 openbox --sm-disable >/dev/null 2>&1 &
 window_manager=$!
+
+# The sound server gets a runtime folder of its own, so that desktops run
+# side by side each hear only their own sounds.
+sound_folder=$(mktemp -d)
+export XDG_RUNTIME_DIR="$sound_folder" PULSE_RUNTIME_PATH="$sound_folder/pulse" PULSE_STATE_PATH="$sound_folder/state" PULSE_COOKIE="$sound_folder/cookie"
+sound_server=
+if command -v pulseaudio >/dev/null; then
+    pulseaudio --daemonize=no --exit-idle-time=-1 -n --load="module-null-sink sink_name=silence" --load=module-native-protocol-unix >/dev/null 2>&1 &
+    sound_server=$!
+    tries=0
+    until pactl info >/dev/null 2>&1; do
+        tries=$((tries + 1))
+        if [ "$tries" -gt 100 ]; then
+            echo "with-desktop: the sound server did not start; sounds go unheard" >&2
+            break
+        fi
+        sleep 0.1
+    done
+fi
 # The window manager has taken the display over once it names itself on the
 # root window; the tests count on its placement and focus from their start.
 waited=0
@@ -30,4 +52,9 @@ done
 status=0
 "$@" || status=$?
 kill "$window_manager" 2>/dev/null || true
+if [ -n "$sound_server" ]; then
+    kill "$sound_server" 2>/dev/null || true
+    wait "$sound_server" 2>/dev/null || true
+fi
+rm -rf "$sound_folder"
 exit "$status"

@@ -49,6 +49,8 @@ public:
     [[nodiscard]] std::optional<std::size_t> selected() const { return m_selected; }
     [[nodiscard]] std::optional<std::size_t> pressed() const { return m_pressed; }
     [[nodiscard]] double pan() const { return m_pan; }
+    // Whether the camera rests and no press or drag is under way.
+    [[nodiscard]] bool settled() const { return m_pan == m_panTarget && !m_pressed && !m_dragX; }
     // When the lotus was last noticed, for its feedback; nullopt if never.
     [[nodiscard]] std::optional<double> noticedAt(std::size_t index) const;
 

@@ -34,6 +34,7 @@ constexpr double buttonHeight = 24;
 constexpr double savedSeconds = 1.8;
 constexpr double rippleSeconds = 2.4;
 constexpr double tau = 2 * std::numbers::pi;
+constexpr int glintRows = 14;
 
 void setColor(cairo_t* cr, PondColor color, double alpha = 1)
 {
@@ -125,6 +126,8 @@ PondPainter::PondPainter(double deviceScale)
 
 void PondPainter::setSnapshot(const PondSnapshot& snapshot)
 {
+    TextCache texts;
+    IconCache icons;
     std::vector<TopicArt> topics;
     topics.reserve(snapshot.topics.size());
     for (std::size_t i = 0; i < snapshot.topics.size(); ++i) {
@@ -134,25 +137,73 @@ void PondPainter::setSnapshot(const PondSnapshot& snapshot)
         if (i < m_topics.size() && m_topics[i].color == topic.color)
             art.sprite = std::move(m_topics[i].sprite);
         art.color = topic.color;
-        art.title = textMask(topic.title, titleFont, titleWidth);
-        art.icon = iconSurface(topic.icon, iconSize);
-        if (!art.icon) {
+        art.title = &cachedText(m_texts, texts, topic.title, titleFont, titleWidth);
+        art.icon = cachedIcon(m_icons, icons, topic.icon);
+        if (art.icon == nullptr) {
             // The first letter stands in for an icon that does not decode.
             const char* first = topic.title.c_str();
             const char* next = g_utf8_find_next_char(first, nullptr);
             const std::string letter = topic.title.empty() || next == nullptr ? std::string("•") : std::string(first, next);
-            art.glyph = textMask(letter, glyphFont, iconSize * 2);
+            art.glyph = &cachedText(m_texts, texts, letter, glyphFont, iconSize * 2);
         }
         topics.push_back(std::move(art));
     }
+    m_notice = &cachedText(m_texts, texts, snapshot.noticeLabel, buttonFont, titleWidth);
+    m_saved = &cachedText(m_texts, texts, snapshot.savedLabel, buttonFont, titleWidth);
     m_topics = std::move(topics);
-    m_notice = textMask(snapshot.noticeLabel, buttonFont, titleWidth);
-    m_saved = textMask(snapshot.savedLabel, buttonFont, titleWidth);
+    m_texts = std::move(texts);
+    m_icons = std::move(icons);
+    ensurePlainButton();
+}
+
+void PondPainter::ensurePlainButton()
+{
+    const TextMask& text = *m_notice;
+    if (m_plainButton && m_plainButtonLabel == text.label)
+        return;
+    m_plainButton.reset();
+    m_plainButtonLabel = text.label;
+    if (!text.surface)
+        return;
+    // A point of margin around it for the stroke's outer half.
+    m_plainButtonWidth = text.width + 26;
+    m_plainButton.reset(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, devicePixels(m_plainButtonWidth + 2, m_deviceScale), devicePixels(buttonHeight + 2, m_deviceScale)));
+    cairo_surface_set_device_scale(m_plainButton.get(), m_deviceScale, m_deviceScale);
+    const Owned<cairo_t, cairo_destroy> cr(cairo_create(m_plainButton.get()));
+    roundedRectangle(cr.get(), 1, 1, m_plainButtonWidth, buttonHeight);
+    setColor(cr.get(), ink, 0.35);
+    cairo_fill_preserve(cr.get());
+    setColor(cr.get(), gold, 0.4);
+    cairo_set_line_width(cr.get(), 1);
+    cairo_stroke(cr.get());
+    setColor(cr.get(), gold, 0.8);
+    cairo_mask_surface(cr.get(), text.surface.get(), 1 + m_plainButtonWidth / 2 - text.width / 2, 1 + (buttonHeight - text.height) / 2);
+}
+
+const PondPainter::TextMask& PondPainter::cachedText(TextCache& kept, TextCache& into, const std::string& text, const char* font, double maximumWidth) const
+{
+    std::string key = std::string(font) + '\n' + std::to_string(maximumWidth) + '\n' + text;
+    if (const auto found = into.find(key); found != into.end())
+        return found->second;
+    if (auto node = kept.extract(key))
+        return into.insert(std::move(node)).position->second;
+    return into.emplace(std::move(key), textMask(text, font, maximumWidth)).first->second;
+}
+
+cairo_surface_t* PondPainter::cachedIcon(IconCache& kept, IconCache& into, const std::string& base64) const
+{
+    if (const auto found = into.find(base64); found != into.end())
+        return found->second.get();
+    if (auto node = kept.extract(base64))
+        return into.insert(std::move(node)).position->second.get();
+    // A broken icon is remembered as such, so it is not decoded again.
+    return into.emplace(base64, iconSurface(base64, iconSize)).first->second.get();
 }
 
 PondPainter::TextMask PondPainter::textMask(const std::string& text, const char* font, double maximumWidth) const
 {
     TextMask mask;
+    mask.label = text;
     if (text.empty())
         return mask;
     const Surface measuring(cairo_image_surface_create(CAIRO_FORMAT_A8, 1, 1));
@@ -348,29 +399,59 @@ void PondPainter::paintWater(cairo_t* cr, const PondLayout& layout, double pan, 
     }
 
     // Glints: short arcs in rows, drifting, nearer rows faster and wider.
-    constexpr int rows = 14;
-    cairo_set_line_width(cr, 1.1);
-    cairo_set_line_cap(cr, CAIRO_LINE_CAP_ROUND);
-    for (int row = 0; row < rows; ++row) {
-        const double depth = static_cast<double>(row) / (rows - 1); // 0 far, 1 near
-        const double y = view.height * (0.13 + 0.84 * depth * (0.7 + 0.3 * depth));
-        const double spacing = (110 + 45 * (row % 4)) * (0.8 + 0.5 * depth);
-        const double length = spacing * (0.22 + 0.06 * (row % 3));
-        const double speed = (5 + 3 * (row % 3)) * (row % 2 == 0 ? 1 : -1);
-        double offset = std::fmod(seconds * speed - pan * (0.55 + 0.45 * depth) + row * 53.0, spacing);
+    ensureGlints(view);
+    for (std::size_t row = 0; row < m_glints.size(); ++row) {
+        const GlintRow& glints = m_glints[row];
+        const double depth = static_cast<double>(row) / static_cast<double>(glintRows - 1); // 0 far, 1 near
+        const double speed = (5 + 3 * static_cast<double>(row % 3)) * (row % 2 == 0 ? 1 : -1);
+        double offset = std::fmod(seconds * speed - pan * (0.55 + 0.45 * depth) + static_cast<double>(row) * 53.0, glints.spacing);
         if (offset < 0)
-            offset += spacing;
-        const double lift = 1.6 + 1.4 * depth;
+            offset += glints.spacing;
         for (int glint = 0;; ++glint) {
-            const double x = offset + (glint - 1) * spacing;
+            const double x = offset + (glint - 1) * glints.spacing;
             if (x >= view.width)
                 break;
-            const double shimmer = 0.5 + 0.5 * std::sin(seconds * 0.9 + x * 0.013 + row * 1.7);
+            const double shimmer = 0.5 + 0.5 * std::sin(seconds * 0.9 + x * 0.013 + static_cast<double>(row) * 1.7);
             setColor(cr, muted, 0.035 + 0.1 * shimmer * (0.4 + 0.6 * depth));
-            cairo_move_to(cr, x, y);
-            cairo_curve_to(cr, x + length * 0.3, y - lift, x + length * 0.7, y - lift, x + length, y);
-            cairo_stroke(cr);
+            const double device = x * m_deviceScale;
+            const double whole = std::floor(device);
+            const auto quarter = static_cast<std::size_t>(std::min(3.0, std::floor((device - whole) * 4)));
+            cairo_mask_surface(cr, glints.masks[quarter].get(), whole / m_deviceScale - glints.pad, glints.y);
         }
+    }
+}
+
+void PondPainter::ensureGlints(const PondLayout::Size& view)
+{
+    if (!m_glints.empty() && m_glintsSize.width == view.width && m_glintsSize.height == view.height)
+        return;
+    m_glintsSize = view;
+    m_glints.clear();
+    for (int row = 0; row < glintRows; ++row) {
+        const double depth = static_cast<double>(row) / (glintRows - 1);
+        const double y = view.height * (0.13 + 0.84 * depth * (0.7 + 0.3 * depth));
+        const double lift = 1.6 + 1.4 * depth;
+        GlintRow glints;
+        glints.spacing = (110 + 45 * (row % 4)) * (0.8 + 0.5 * depth);
+        glints.length = glints.spacing * (0.22 + 0.06 * (row % 3));
+        glints.pad = 2;
+        // The row's height lands on a device pixel; the rest of it is drawn
+        // into the masks.
+        glints.y = std::floor((y - lift - glints.pad) * m_deviceScale) / m_deviceScale;
+        const double top = y - glints.y;
+        for (std::size_t quarter = 0; quarter < glints.masks.size(); ++quarter) {
+            Surface& mask = glints.masks[quarter];
+            mask.reset(cairo_image_surface_create(CAIRO_FORMAT_A8, devicePixels(glints.length + 2 * glints.pad + 1, m_deviceScale), devicePixels(top + glints.pad, m_deviceScale)));
+            cairo_surface_set_device_scale(mask.get(), m_deviceScale, m_deviceScale);
+            const Owned<cairo_t, cairo_destroy> cr(cairo_create(mask.get()));
+            const double x = glints.pad + static_cast<double>(quarter) / 4 / m_deviceScale;
+            cairo_set_line_width(cr.get(), 1.1);
+            cairo_set_line_cap(cr.get(), CAIRO_LINE_CAP_ROUND);
+            cairo_move_to(cr.get(), x, top);
+            cairo_curve_to(cr.get(), x + glints.length * 0.3, top - lift, x + glints.length * 0.7, top - lift, x + glints.length, top);
+            cairo_stroke(cr.get());
+        }
+        m_glints.push_back(std::move(glints));
     }
 }
 
@@ -427,21 +508,22 @@ void PondPainter::paintLotus(cairo_t* cr, const PondLayout& layout, const PondCo
     // The label: icon and title centred under the leaf.
     const double scale = layout.scale();
     const double labelY = slot.y + flower.leafY + 12 * scale;
-    const double iconWidth = art.icon ? iconSize : art.glyph.width;
+    const TextMask& title = *art.title;
+    const double iconWidth = art.icon != nullptr ? iconSize : art.glyph->width;
     const double gap = 5;
-    const double labelWidth = iconWidth + gap + art.title.width;
+    const double labelWidth = iconWidth + gap + title.width;
     const double left = x - labelWidth / 2;
-    const double lineHeight = std::max(iconSize, art.title.height);
-    if (art.icon) {
+    const double lineHeight = std::max(iconSize, title.height);
+    if (art.icon != nullptr) {
         setColor(cr, art.color.mixed(paper, 0.15));
-        cairo_mask_surface(cr, art.icon.get(), left, labelY + (lineHeight - iconSize) / 2);
-    } else if (art.glyph.surface) {
+        cairo_mask_surface(cr, art.icon, left, labelY + (lineHeight - iconSize) / 2);
+    } else if (art.glyph->surface) {
         setColor(cr, art.color);
-        cairo_mask_surface(cr, art.glyph.surface.get(), left, labelY + (lineHeight - art.glyph.height) / 2);
+        cairo_mask_surface(cr, art.glyph->surface.get(), left, labelY + (lineHeight - art.glyph->height) / 2);
     }
-    if (art.title.surface) {
+    if (title.surface) {
         setColor(cr, paper, 0.93);
-        cairo_mask_surface(cr, art.title.surface.get(), left + iconWidth + gap, labelY + (lineHeight - art.title.height) / 2);
+        cairo_mask_surface(cr, title.surface.get(), left + iconWidth + gap, labelY + (lineHeight - title.height) / 2);
     }
     paintButton(cr, controller, index, x, labelY + lineHeight + 7 * scale, seconds);
 }
@@ -450,12 +532,17 @@ void PondPainter::paintButton(cairo_t* cr, const PondController& controller, std
 {
     const auto noticedAt = controller.noticedAt(index);
     const double sinceSaved = noticedAt ? seconds - *noticedAt : savedSeconds;
-    const bool saved = sinceSaved >= 0 && sinceSaved < savedSeconds && m_saved.surface;
-    const TextMask& text = saved ? m_saved : m_notice;
+    const bool saved = sinceSaved >= 0 && sinceSaved < savedSeconds && m_saved->surface;
+    const TextMask& text = saved ? *m_saved : *m_notice;
     if (!text.surface)
         return;
     const bool pressed = controller.pressed() == index && controller.hovered() == index;
     const bool lit = controller.selected() == index || controller.hovered() == index;
+    if (!saved && !pressed && !lit && m_plainButton) {
+        cairo_set_source_surface(cr, m_plainButton.get(), aligned(x - m_plainButtonWidth / 2) - 1, aligned(y) - 1);
+        cairo_paint(cr);
+        return;
+    }
     const double width = text.width + 26;
     const double left = x - width / 2;
     roundedRectangle(cr, left, y, width, buttonHeight);

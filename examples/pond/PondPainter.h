@@ -1,8 +1,10 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <span>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include <cairo.h>
@@ -31,8 +33,10 @@ public:
     // `deviceScale`: device pixels per point of the surfaces painted on.
     explicit PondPainter(double deviceScale);
 
-    // Rebuilds the cached texts and icons. Cheap to skip: call only when
-    // the snapshot changed.
+    // Takes the texts, icons and colours of a new snapshot. What an earlier
+    // snapshot already had (a title, an icon, a label) is kept as it was
+    // drawn, so a snapshot that changes a count costs next to nothing;
+    // what no topic uses any more is let go.
     void setSnapshot(const PondSnapshot& snapshot);
 
     // Paints the whole view at `seconds`. `growth` holds each lotus's size
@@ -46,6 +50,7 @@ private:
 
     // A text drawn once as coverage, painted in any colour by masking.
     struct TextMask {
+        std::string label;
         Surface surface;
         double width = 0;
         double height = 0;
@@ -65,15 +70,25 @@ private:
         double scale = 0;
     };
 
+    // Drawn texts by text, font and width; icons by their encoded image.
+    // The art of the topics points into them: their entries keep their
+    // place however the tables grow.
+    using TextCache = std::unordered_map<std::string, TextMask>;
+    using IconCache = std::unordered_map<std::string, Surface>;
+
     struct TopicArt {
         PondColor color;
-        TextMask title;
+        const TextMask* title = nullptr;
         // The topic's icon at label size, or a glyph when it has none.
-        Surface icon;
-        TextMask glyph;
+        cairo_surface_t* icon = nullptr;
+        const TextMask* glyph = nullptr;
         Sprite sprite;
     };
 
+    // The drawn text from `kept` when an earlier snapshot had it, else drawn
+    // now; either way it ends up in `into`.
+    const TextMask& cachedText(TextCache& kept, TextCache& into, const std::string& text, const char* font, double maximumWidth) const;
+    cairo_surface_t* cachedIcon(IconCache& kept, IconCache& into, const std::string& base64) const;
     [[nodiscard]] TextMask textMask(const std::string& text, const char* font, double maximumWidth) const;
     [[nodiscard]] Surface iconSurface(const std::string& base64, double size) const;
     [[nodiscard]] Sprite sprite(PondColor color, double growth, double scale) const;
@@ -84,15 +99,35 @@ private:
     void paintWater(cairo_t* cr, const PondLayout& layout, double pan, double seconds);
     void paintLotus(cairo_t* cr, const PondLayout& layout, const PondController& controller, std::size_t index, double growth, double seconds);
     void paintButton(cairo_t* cr, const PondController& controller, std::size_t index, double x, double y, double seconds) const;
+    // The button as most lotuses show it, neither lit nor pressed nor
+    // saved, drawn once for the label.
+    void ensurePlainButton();
+    // One glint of each row of the water, drawn once at four quarter-pixel
+    // offsets, so that a frame masks through them instead of stroking.
+    void ensureGlints(const PondLayout::Size& view);
 
     double m_deviceScale;
+    TextCache m_texts;
+    IconCache m_icons;
     std::vector<TopicArt> m_topics;
-    TextMask m_notice;
-    TextMask m_saved;
+    const TextMask* m_notice = nullptr;
+    const TextMask* m_saved = nullptr;
     Surface m_background;
     PondLayout::Size m_backgroundSize;
     // Two soft patches of light drifting over the water, drawn once.
     Surface m_light[2];
+    Surface m_plainButton;
+    std::string m_plainButtonLabel;
+    double m_plainButtonWidth = 0;
+    struct GlintRow {
+        double y = 0; // where the masks are painted, on a device pixel
+        double spacing = 0;
+        double length = 0;
+        double pad = 0;
+        std::array<Surface, 4> masks;
+    };
+    std::vector<GlintRow> m_glints;
+    PondLayout::Size m_glintsSize;
 };
 
 } // namespace pond

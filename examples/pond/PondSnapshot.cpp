@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
+#include <string>
+#include <utility>
 
 #include <nlohmann/json.hpp>
 
@@ -43,6 +46,12 @@ std::string optionalText(const json& object, const char* key)
     return found != object.end() && found->is_string() ? found->get<std::string>() : std::string();
 }
 
+bool optionalSwitch(const json& object, const char* key)
+{
+    const auto found = object.find(key);
+    return found != object.end() && found->is_boolean() && found->get<bool>();
+}
+
 int clampedGrowth(const json& value)
 {
     const double growth = value.get<double>();
@@ -69,16 +78,103 @@ PondTopic topic(const json& object)
     return read;
 }
 
+// Reads the envelope's three members as the parser meets them, without
+// building it as a document: the payload, most of the event, is unescaped
+// once and moved out, then parsed as the snapshot. Members it does not know
+// are skipped at any depth.
+class EnvelopeReader : public nlohmann::json_sax<json> {
+public:
+    std::optional<double> version;
+    std::optional<std::string> kind;
+    std::optional<std::string> payload;
+
+    bool null() override { return scalar(); }
+    bool boolean(bool /*value*/) override { return scalar(); }
+    bool number_integer(number_integer_t value) override { return number(static_cast<double>(value)); }
+    bool number_unsigned(number_unsigned_t value) override { return number(static_cast<double>(value)); }
+    bool number_float(number_float_t value, const string_t& /*text*/) override { return number(value); }
+    bool string(string_t& value) override
+    {
+        if (m_depth == 1 && m_key == "kind")
+            kind = value;
+        else if (m_depth == 1 && m_key == "payload")
+            payload = std::move(value);
+        return scalar();
+    }
+    bool binary(binary_t& /*value*/) override { return scalar(); }
+    bool start_object(std::size_t /*elements*/) override
+    {
+        // The event itself must be an object.
+        if (m_depth == 0 && m_started)
+            return false;
+        m_started = true;
+        ++m_depth;
+        m_key.clear();
+        return true;
+    }
+    bool end_object() override { return leave(); }
+    bool start_array(std::size_t /*elements*/) override
+    {
+        if (m_depth == 0)
+            return false;
+        ++m_depth;
+        m_key.clear();
+        return true;
+    }
+    bool end_array() override { return leave(); }
+    bool key(string_t& value) override
+    {
+        if (m_depth == 1)
+            m_key = std::move(value);
+        return true;
+    }
+    bool parse_error(std::size_t /*position*/, const std::string& /*token*/, const nlohmann::detail::exception& /*error*/) override { return false; }
+
+private:
+    bool number(double value)
+    {
+        if (m_depth == 1 && m_key == "version")
+            version = value;
+        return scalar();
+    }
+    bool scalar()
+    {
+        if (m_depth == 1)
+            m_key.clear();
+        // A lone value is no envelope.
+        return m_depth > 0;
+    }
+    bool leave()
+    {
+        --m_depth;
+        if (m_depth == 1)
+            m_key.clear();
+        return true;
+    }
+
+    int m_depth = 0;
+    bool m_started = false;
+    std::string m_key;
+};
+
 } // namespace
 
 PondSnapshot PondSnapshot::fromEvent(std::string_view event)
 {
-    const json envelope = parsed(event, "the event");
-    if (member(envelope, "version", json::value_t::number_integer, "the event") != 1)
+    EnvelopeReader envelope;
+    if (!json::sax_parse(event, &envelope))
+        throw PondSnapshotError("the event is not a JSON object");
+    if (!envelope.version)
+        throw PondSnapshotError("the event has no number \"version\"");
+    if (*envelope.version != 1)
         throw PondSnapshotError("the event has a version other than 1");
-    if (member(envelope, "kind", json::value_t::string, "the event") != "practice")
+    if (!envelope.kind)
+        throw PondSnapshotError("the event has no text \"kind\"");
+    if (*envelope.kind != "practice")
         throw PondSnapshotError("the event is not of kind \"practice\"");
-    const json snapshot = parsed(member(envelope, "payload", json::value_t::string, "the event").get_ref<const std::string&>(), "the payload");
+    if (!envelope.payload)
+        throw PondSnapshotError("the event has no text \"payload\"");
+    const json snapshot = parsed(*envelope.payload, "the payload");
     if (member(snapshot, "version", json::value_t::number_integer, "the snapshot") != 1)
         throw PondSnapshotError("the snapshot has a version other than 1");
 
@@ -89,6 +185,8 @@ PondSnapshot PondSnapshot::fromEvent(std::string_view event)
     read.daysLabel = optionalText(snapshot, "daysLabel");
     read.noticeLabel = optionalText(snapshot, "noticeLabel");
     read.savedLabel = optionalText(snapshot, "savedLabel");
+    read.waterSoundEnabled = optionalSwitch(snapshot, "waterSoundEnabled");
+    read.bellSoundEnabled = optionalSwitch(snapshot, "bellSoundEnabled");
     return read;
 }
 

@@ -28,6 +28,9 @@ struct PondSnapshot {
     std::string daysLabel;
     std::string noticeLabel;
     std::string savedLabel;
+    // The user's sound switches; a snapshot without them plays nothing.
+    bool waterSoundEnabled = false;
+    bool bellSoundEnabled = false;
 
     // Throws PondSnapshotError when the text is not an envelope of kind
     // "practice", version 1, carrying a snapshot with a list of topics each

@@ -17,6 +17,19 @@ constexpr int defaultWidth = 780;
 constexpr int defaultHeight = 640;
 // What a frame lasts when the display does not say, in microseconds.
 constexpr gint64 assumedRefresh = 16'667;
+// Drawing the drifting water this often is smooth to the eye; the pointer,
+// the keys and every other motion bring back the display's full pace.
+constexpr guint calmInterval = 50; // milliseconds
+// Frames of stillness before the pace drops: a pause between two clicks
+// is not rest.
+constexpr std::size_t stillFramesBeforeCalm = 45;
+// How often a hidden pond asks whether it is shown again, besides waking
+// when its window appears.
+constexpr guint restingInterval = 1000; // milliseconds
+// The window may appear a moment before the library says it shows it (on
+// a restore from the dock, the window manager's word comes second): a few
+// frames of grace before resting again.
+constexpr std::size_t hiddenFramesBeforeRest = 8;
 
 void report(const char* where, const std::exception& error)
 {
@@ -42,6 +55,8 @@ PondWindow::PondWindow(Options options)
 
 PondWindow::~PondWindow()
 {
+    if (m_timer != 0)
+        g_source_remove(m_timer);
     if (m_area != nullptr) {
         if (m_tick != 0)
             gtk_widget_remove_tick_callback(m_area, m_tick);
@@ -50,6 +65,8 @@ PondWindow::~PondWindow()
     }
     if (m_window != nullptr) {
         g_signal_handler_disconnect(m_window, m_keyHandler);
+        if (m_mapHandler != 0)
+            g_signal_handler_disconnect(m_window, m_mapHandler);
         g_signal_handler_disconnect(m_window, m_destroyHandler);
         gtk_widget_destroy(m_window);
     }
@@ -60,9 +77,67 @@ void PondWindow::attach(const VelmoraLibrary& library)
     if (m_area == nullptr)
         return;
     m_frame = std::make_unique<PondFrame>(library, gtk_widget_get_scale_factor(m_area));
+    m_frame->setSound(&m_sound);
+    m_library = &library;
     prime();
     m_drawHandler = g_signal_connect(m_area, "draw", G_CALLBACK(onDraw), this);
+    m_mapHandler = g_signal_connect(m_window, "map-event", G_CALLBACK(onMap), this);
     m_tick = gtk_widget_add_tick_callback(m_area, onTick, this, nullptr);
+}
+
+void PondWindow::setPace(Pace pace)
+{
+    if (pace == m_pace || m_area == nullptr)
+        return;
+    m_pace = pace;
+    m_stillFrames = 0;
+    if (m_tick != 0) {
+        gtk_widget_remove_tick_callback(m_area, m_tick);
+        m_tick = 0;
+    }
+    if (m_timer != 0) {
+        // Also when it is the timer running now: GLib drops it once its
+        // callback returns.
+        g_source_remove(m_timer);
+        m_timer = 0;
+    }
+    switch (pace) {
+    case Pace::frames:
+        // The pause was no dropped frame.
+        m_lastFrameTime = 0;
+        m_tick = gtk_widget_add_tick_callback(m_area, onTick, this, nullptr);
+        break;
+    case Pace::calm:
+        m_timer = g_timeout_add(calmInterval, onTimer, this);
+        break;
+    case Pace::resting:
+        m_timer = g_timeout_add(restingInterval, onTimer, this);
+        break;
+    }
+}
+
+gboolean PondWindow::onTimer(gpointer self) noexcept
+{
+    auto* window = static_cast<PondWindow*>(self);
+    try {
+        if (window->m_pace == Pace::resting) {
+            if (window->m_library->isPondVisible())
+                window->setPace(Pace::frames);
+        } else {
+            window->step(g_get_monotonic_time());
+        }
+    } catch (const std::exception& error) {
+        report("a frame failed", error);
+    }
+    return G_SOURCE_CONTINUE;
+}
+
+gboolean PondWindow::onMap(GtkWidget* /*widget*/, GdkEvent* /*event*/, gpointer self) noexcept
+{
+    auto* window = static_cast<PondWindow*>(self);
+    if (window->m_pace == Pace::resting)
+        window->setPace(Pace::frames);
+    return FALSE;
 }
 
 // Draws the pond once off screen before the display's first frame: the
@@ -171,13 +246,32 @@ void PondWindow::tick(GdkFrameClock* clock)
         return;
     }
 
+    step(frameTime);
+    ++m_frames;
+}
+
+void PondWindow::step(gint64 frameTime)
+{
     m_frame->setDeviceScale(gtk_widget_get_scale_factor(m_area));
     const auto start = Clock::now();
     m_frame->advance(static_cast<double>(frameTime) / 1e6, {static_cast<double>(gtk_widget_get_allocated_width(m_area)), static_cast<double>(gtk_widget_get_allocated_height(m_area))});
     m_tickWork = Clock::now() - start;
     m_tickPoll = m_frame->lastPoll();
+    // A run that counts frames or waits for one to screenshot keeps the
+    // display's pace throughout.
+    const bool measured = m_options.frames || m_options.screenshot;
+    m_hiddenFrames = m_frame->visible() ? 0 : m_hiddenFrames + 1;
+    if (m_hiddenFrames >= hiddenFramesBeforeRest && !measured) {
+        m_hiddenFrames = 0;
+        setPace(Pace::resting);
+        return;
+    }
     gtk_widget_queue_draw(m_area);
-    ++m_frames;
+    m_stillFrames = m_frame->moving() ? 0 : m_stillFrames + 1;
+    if (m_frame->moving())
+        setPace(Pace::frames);
+    else if (m_pace == Pace::frames && m_stillFrames >= stillFramesBeforeCalm && !measured)
+        setPace(Pace::calm);
 }
 
 void PondWindow::finish(int status)

@@ -9,6 +9,7 @@
 
 #include "FrameStatistics.h"
 #include "PondFrame.h"
+#include "PondSound.h"
 #include "VelmoraLibrary.h"
 
 namespace pond {
@@ -18,8 +19,13 @@ namespace pond {
 // starts, because the library adopts the first top-level window that has a
 // child as the pond window and lays its chrome over it.
 //
-// A frame runs on each tick of the display's frame clock: the tick polls
-// the library and moves the pond on, the draw that follows paints it.
+// While the pond moves, a frame runs on each tick of the display's frame
+// clock: the tick polls the library and moves the pond on, the draw that
+// follows paints it. When only the water drifts, a slower timer does the
+// same: the drift is too slow for the eye to miss frames. While the
+// library does not show the pond nothing is drawn and it is only asked,
+// now and then, whether it shows it again; the window appearing wakes it
+// at once.
 // Input comes from the library, which captures the pond's pointer, wheel
 // and navigation keys; only the keys it passes on (Return, Enter, Space)
 // are read from the window, to notice the selected lotus.
@@ -51,13 +57,24 @@ public:
     [[nodiscard]] int status() const { return m_status; }
 
 private:
+    // How often the pond is moved on and drawn.
+    enum class Pace : int { frames = 0,
+        calm = 1,
+        resting = 2 };
+
     static gboolean onTick(GtkWidget* widget, GdkFrameClock* clock, gpointer self) noexcept;
     static gboolean onDraw(GtkWidget* widget, cairo_t* cr, gpointer self) noexcept;
     static gboolean onKeyPress(GtkWidget* widget, GdkEventKey* event, gpointer self) noexcept;
     static void onDestroy(GtkWidget* widget, gpointer self) noexcept;
+    static gboolean onTimer(gpointer self) noexcept;
+    static gboolean onMap(GtkWidget* widget, GdkEvent* event, gpointer self) noexcept;
 
     void prime();
     void tick(GdkFrameClock* clock);
+    void setPace(Pace pace);
+    // Moves the pond on to `frameTime` (microseconds of the monotonic
+    // clock) and asks for a draw when it is shown; then picks the pace.
+    void step(gint64 frameTime);
     void finish(int status);
     void takeScreenshot();
     void printStatistics() const;
@@ -65,11 +82,20 @@ private:
     Options m_options;
     GtkWidget* m_window = nullptr;
     GtkWidget* m_area = nullptr;
+    PondSound m_sound;
     std::unique_ptr<PondFrame> m_frame;
     gulong m_drawHandler = 0;
     gulong m_keyHandler = 0;
     gulong m_destroyHandler = 0;
+    gulong m_mapHandler = 0;
     guint m_tick = 0;
+    guint m_timer = 0;
+    Pace m_pace = Pace::frames;
+    // Frames in a row in which nothing but the water moved.
+    std::size_t m_stillFrames = 0;
+    // Frames in a row the library did not show the pond.
+    std::size_t m_hiddenFrames = 0;
+    const VelmoraLibrary* m_library = nullptr;
     std::size_t m_frames = 0;
     gint64 m_lastFrameTime = 0;
     gint64 m_refreshInterval = 0;

@@ -46,6 +46,8 @@ public:
     void start() const { m_functions.start(); }
     void notice(const std::string& topicID) const { m_functions.notice(topicID.c_str()); }
     [[nodiscard]] Event copyEvent() const { return {*this, m_functions.copyEvent()}; }
+    // Whether the pond is shown: all a resting pond asks.
+    [[nodiscard]] bool isPondVisible() const { return m_functions.isPondVisible() != 0; }
     // Every reader but the event, in one go: what a frame needs to know.
     [[nodiscard]] PondInput readInput() const;
 

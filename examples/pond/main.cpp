@@ -1,7 +1,7 @@
 // The pond: the reference rendering program of libVelmoraNative.
 //
 //   pond [--library PATH] [--screenshot FILE [--after N]] [--frames N]
-//   pond [--library PATH] --benchmark [--frames N]
+//   pond [--library PATH] --benchmark [--frames N] [--size WIDTHxHEIGHT] [--scale N]
 //   pond --seed-demo DATA_HOME
 //
 // The library reads the practice from $XDG_DATA_HOME; --seed-demo writes a
@@ -29,12 +29,13 @@
 namespace {
 
 constexpr const char* usage = "usage: pond [--library PATH] [--screenshot FILE [--after N]] [--frames N]\n"
-                              "       pond [--library PATH] --benchmark [--frames N]\n"
+                              "       pond [--library PATH] --benchmark [--frames N] [--size WIDTHxHEIGHT] [--scale N]\n"
                               "       pond --seed-demo DATA_HOME\n";
 
 struct Arguments {
     std::string library;
     bool benchmark = false;
+    pond::PondBenchmarkOptions benchmarkOptions;
     std::optional<std::string> seedDemo;
     pond::PondWindow::Options window;
 };
@@ -81,6 +82,23 @@ std::optional<Arguments> parse(int argc, char** argv)
             parsed.seedDemo = value;
         } else if (option == "--screenshot") {
             parsed.window.screenshot = value;
+        } else if (option == "--size") {
+            // Device pixels, as a screen's size is given.
+            unsigned width = 0;
+            unsigned height = 0;
+            char end = 0;
+            if (std::sscanf(value, "%ux%u%c", &width, &height, &end) != 2 || width == 0 || height == 0) {
+                std::fprintf(stderr, "pond: --size wants WIDTHxHEIGHT in pixels, not \"%s\"\n", value);
+                return std::nullopt;
+            }
+            parsed.benchmarkOptions.view = {static_cast<double>(width), static_cast<double>(height)};
+        } else if (option == "--scale") {
+            const std::optional<std::size_t> scale = count(value);
+            if (!scale || *scale > 4) {
+                std::fprintf(stderr, "pond: --scale wants 1 to 4, not \"%s\"\n", value);
+                return std::nullopt;
+            }
+            parsed.benchmarkOptions.scale = static_cast<int>(*scale);
         } else if (option == "--after" || option == "--frames") {
             const std::optional<std::size_t> frames = count(value);
             if (!frames) {
@@ -142,7 +160,13 @@ int main(int argc, char** argv)
     }
     if (arguments->seedDemo)
         return seed(*arguments->seedDemo);
-    if (arguments->benchmark)
-        return arguments->window.frames ? pond::runBenchmark(arguments->library, *arguments->window.frames) : pond::runBenchmark(arguments->library);
+    if (arguments->benchmark) {
+        pond::PondBenchmarkOptions options = arguments->benchmarkOptions;
+        // The screen's pixels at its scale are this many points.
+        options.view = {options.view.width / options.scale, options.view.height / options.scale};
+        if (arguments->window.frames)
+            options.frames = *arguments->window.frames;
+        return pond::runBenchmark(arguments->library, options);
+    }
     return showPond(argc, argv, *arguments);
 }

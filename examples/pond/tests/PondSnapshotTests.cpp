@@ -40,13 +40,20 @@ TEST(PondSnapshot, ReadsTopicsInOrder_WithGrowthClampedAndLabels)
     EXPECT_EQ(read.topics[2].growthMoments, 3);
     EXPECT_EQ(read.topics[0].color, PondColor::fromBytes(0xEB, 0xB4, 0x5E));
     EXPECT_EQ(read.savedLabel, "Noticed");
+    EXPECT_TRUE(read.waterSoundEnabled);
+    EXPECT_TRUE(read.bellSoundEnabled);
 
-    // A missing label is not drawn, and is no reason to drop the pond.
+    // A missing label is not drawn, and is no reason to drop the pond; a
+    // missing or odd sound switch is off.
     members.erase("savedLabel");
+    members.erase("waterSoundEnabled");
+    members["bellSoundEnabled"] = "yes";
     members["topics"] = json::array();
     const PondSnapshot empty = PondSnapshot::fromEvent(envelope(members));
     EXPECT_TRUE(empty.topics.empty());
     EXPECT_EQ(empty.savedLabel, "");
+    EXPECT_FALSE(empty.waterSoundEnabled);
+    EXPECT_FALSE(empty.bellSoundEnabled);
 }
 
 TEST(PondSnapshot, RejectsWhatIsNoPracticeSnapshot)
@@ -67,6 +74,8 @@ TEST(PondSnapshot, RejectsWhatIsNoPracticeSnapshot)
     const Case cases[] = {
         {"not JSON", "{\"version\":1,"},
         {"not an object", "[1,2]"},
+        {"a lone value", "\"practice\""},
+        {"no payload", json{{"version", 1}, {"kind", "practice"}}.dump()},
         {"another kind", envelope(good, "reminder")},
         {"payload as an object", json{{"version", 1}, {"kind", "practice"}, {"payload", good}}.dump()},
         {"payload not JSON", json{{"version", 1}, {"kind", "practice"}, {"payload", "{oops"}}.dump()},
