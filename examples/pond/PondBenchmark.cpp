@@ -206,8 +206,8 @@ int run(const std::string& libraryPath, const PondBenchmarkOptions& options)
         noticingFrames.add(took);
         if (frame.lastSnapshotWork().count() > 0)
             snapshotWork.add(frame.lastSnapshotWork());
-        over += took.count() > frameBudget ? 1 : 0;
-        overWithoutSave += (took - saving).count() > frameBudget ? 1 : 0;
+        over += took.count() > frameBudget ? 1U : 0U;
+        overWithoutSave += (took - saving).count() > frameBudget ? 1U : 0U;
     }
 
     std::printf("pond benchmark: %.0f x %.0f points offscreen at scale %d, %zu lotuses (%zu full-grown, the ones noticed), one frame = poll + paint\n", benchmarkView.width, benchmarkView.height, options.scale, lotuses, fullGrown.size());

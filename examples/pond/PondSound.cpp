@@ -116,9 +116,9 @@ private:
 class Bell {
 public:
     static constexpr double fundamental = 587.3; // D5
-    static constexpr double ringSeconds = 7;
+    static constexpr std::size_t ringFrames = 7 * rate; // seven seconds
 
-    [[nodiscard]] bool ringing() const { return m_age < ringSeconds * rate; }
+    [[nodiscard]] bool ringing() const { return m_age < ringFrames; }
 
     float next()
     {

@@ -119,7 +119,8 @@ private:
 
 // Calls `step` until `condition` holds or `limit` has passed; whether it
 // held.
-bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit, const std::function<void()>& step = [] { std::this_thread::sleep_for(5ms); })
+bool waitUntil(
+    const std::function<bool()>& condition, std::chrono::milliseconds limit, const std::function<void()>& step = [] { std::this_thread::sleep_for(5ms); })
 {
     const auto deadline = Clock::now() + limit;
     while (!condition()) {
