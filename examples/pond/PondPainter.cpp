@@ -35,6 +35,10 @@ constexpr double savedSeconds = 1.8;
 constexpr double rippleSeconds = 2.4;
 constexpr double tau = 2 * std::numbers::pi;
 constexpr int glintRows = 14;
+// The shimmer along a row of glints: a wave of 2π / 0.013 points, drawn
+// as a repeating gradient of this many steps.
+constexpr double shimmerWavelength = tau / 0.013;
+constexpr int shimmerStops = 8;
 
 void setColor(cairo_t* cr, PondColor color, double alpha = 1)
 {
@@ -341,7 +345,9 @@ void PondPainter::ensureBackground(const PondLayout::Size& view)
         const double radiusX = view.width * (0.42 + 0.1 * patch);
         const double radiusY = view.height * (0.16 + 0.05 * patch);
         Surface& light = m_light[patch];
-        light.reset(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, devicePixels(2 * radiusX, m_deviceScale), devicePixels(2 * radiusY, m_deviceScale)));
+        // Coverage only, painted in the paper colour: a quarter of the
+        // memory to read each frame, and empty pixels are skipped.
+        light.reset(cairo_image_surface_create(CAIRO_FORMAT_A8, devicePixels(2 * radiusX, m_deviceScale), devicePixels(2 * radiusY, m_deviceScale)));
         cairo_surface_set_device_scale(light.get(), m_deviceScale, m_deviceScale);
         const Owned<cairo_t, cairo_destroy> glow(cairo_create(light.get()));
         const Owned<cairo_pattern_t, cairo_pattern_destroy> fade(cairo_pattern_create_radial(0, 0, 0, 0, 0, 1));
@@ -394,11 +400,12 @@ void PondPainter::paintWater(cairo_t* cr, const PondLayout& layout, double pan, 
         const double x = (travel < 0 ? travel + span : travel) - radiusX;
         const double y = view.height * (0.36 + 0.3 * patch) + std::sin(seconds * 0.11 + patch) * 14;
         // A pixel's step is lost in a blur this soft.
-        cairo_set_source_surface(cr, m_light[patch].get(), aligned(x - radiusX), aligned(y - radiusY));
-        cairo_paint(cr);
+        setColor(cr, paper);
+        cairo_mask_surface(cr, m_light[patch].get(), aligned(x - radiusX), aligned(y - radiusY));
     }
 
-    // Glints: short arcs in rows, drifting, nearer rows faster and wider.
+    // Glints: short arcs in rows, drifting, nearer rows faster and wider,
+    // each row one strip masked through a shimmer that runs along it.
     ensureGlints(view);
     for (std::size_t row = 0; row < m_glints.size(); ++row) {
         const GlintRow& glints = m_glints[row];
@@ -407,17 +414,23 @@ void PondPainter::paintWater(cairo_t* cr, const PondLayout& layout, double pan, 
         double offset = std::fmod(seconds * speed - pan * (0.55 + 0.45 * depth) + static_cast<double>(row) * 53.0, glints.spacing);
         if (offset < 0)
             offset += glints.spacing;
-        for (int glint = 0;; ++glint) {
-            const double x = offset + (glint - 1) * glints.spacing;
-            if (x >= view.width)
-                break;
-            const double shimmer = 0.5 + 0.5 * std::sin(seconds * 0.9 + x * 0.013 + static_cast<double>(row) * 1.7);
-            setColor(cr, muted, 0.035 + 0.1 * shimmer * (0.4 + 0.6 * depth));
-            const double device = x * m_deviceScale;
-            const double whole = std::floor(device);
-            const auto quarter = static_cast<std::size_t>(std::min(3.0, std::floor((device - whole) * 4)));
-            cairo_mask_surface(cr, glints.masks[quarter].get(), whole / m_deviceScale - glints.pad, glints.y);
+        // The strip starts one spacing left of the view.
+        const double device = (offset - glints.spacing) * m_deviceScale;
+        const double whole = std::floor(device);
+        const auto quarter = static_cast<std::size_t>(std::min(3.0, std::floor((device - whole) * 4)));
+        // Each glint's brightness: 0.035 + 0.1 * shimmer * nearness, the
+        // shimmer a slow wave along the row, 0.5 + 0.5 * sin(0.9 t +
+        // 0.013 x + 1.7 row).
+        const double nearness = 0.4 + 0.6 * depth;
+        const double phase = seconds * 0.9 + static_cast<double>(row) * 1.7;
+        const Owned<cairo_pattern_t, cairo_pattern_destroy> shimmer(cairo_pattern_create_linear(0, 0, shimmerWavelength, 0));
+        for (int stop = 0; stop <= shimmerStops; ++stop) {
+            const double along = static_cast<double>(stop) / shimmerStops;
+            addStop(shimmer.get(), along, muted, 0.035 + 0.1 * nearness * (0.5 + 0.5 * std::sin(tau * along + phase)));
         }
+        cairo_pattern_set_extend(shimmer.get(), CAIRO_EXTEND_REPEAT);
+        cairo_set_source(cr, shimmer.get());
+        cairo_mask_surface(cr, glints.masks[quarter].get(), whole / m_deviceScale - glints.pad, glints.y);
     }
 }
 
@@ -439,16 +452,19 @@ void PondPainter::ensureGlints(const PondLayout::Size& view)
         // into the masks.
         glints.y = std::floor((y - lift - glints.pad) * m_deviceScale) / m_deviceScale;
         const double top = y - glints.y;
+        // The whole view and a spacing more: the strip slides by up to one.
+        const double width = view.width + 2 * glints.spacing + 2 * glints.pad + 1;
         for (std::size_t quarter = 0; quarter < glints.masks.size(); ++quarter) {
             Surface& mask = glints.masks[quarter];
-            mask.reset(cairo_image_surface_create(CAIRO_FORMAT_A8, devicePixels(glints.length + 2 * glints.pad + 1, m_deviceScale), devicePixels(top + glints.pad, m_deviceScale)));
+            mask.reset(cairo_image_surface_create(CAIRO_FORMAT_A8, devicePixels(width, m_deviceScale), devicePixels(top + glints.pad, m_deviceScale)));
             cairo_surface_set_device_scale(mask.get(), m_deviceScale, m_deviceScale);
             const Owned<cairo_t, cairo_destroy> cr(cairo_create(mask.get()));
-            const double x = glints.pad + static_cast<double>(quarter) / 4 / m_deviceScale;
             cairo_set_line_width(cr.get(), 1.1);
             cairo_set_line_cap(cr.get(), CAIRO_LINE_CAP_ROUND);
-            cairo_move_to(cr.get(), x, top);
-            cairo_curve_to(cr.get(), x + glints.length * 0.3, top - lift, x + glints.length * 0.7, top - lift, x + glints.length, top);
+            for (double x = glints.pad + static_cast<double>(quarter) / 4 / m_deviceScale; x < width; x += glints.spacing) {
+                cairo_move_to(cr.get(), x, top);
+                cairo_curve_to(cr.get(), x + glints.length * 0.3, top - lift, x + glints.length * 0.7, top - lift, x + glints.length, top);
+            }
             cairo_stroke(cr.get());
         }
         m_glints.push_back(std::move(glints));
@@ -477,7 +493,11 @@ void PondPainter::paintLotus(cairo_t* cr, const PondLayout& layout, const PondCo
     ellipse(cr, x, ringY, flower.leafX * (1.02 + 0.55 * stir), flower.leafY * (1.02 + 0.55 * stir));
     setColor(cr, paper, 0.14 * (1 - stir));
     cairo_set_line_width(cr, 1);
+    // A faint ring a point wide shows no facets at a third of a pixel,
+    // and takes far fewer segments to fill than at Cairo's tenth.
+    cairo_set_tolerance(cr, 0.35);
     cairo_stroke(cr);
+    cairo_set_tolerance(cr, 0.1);
 
     if (const auto noticedAt = controller.noticedAt(index); noticedAt && seconds - *noticedAt < rippleSeconds) {
         for (const double delay : {0.0, 0.35}) {

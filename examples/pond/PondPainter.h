@@ -102,8 +102,9 @@ private:
     // The button as most lotuses show it, neither lit nor pressed nor
     // saved, drawn once for the label.
     void ensurePlainButton();
-    // One glint of each row of the water, drawn once at four quarter-pixel
-    // offsets, so that a frame masks through them instead of stroking.
+    // Each row of the water's glints, drawn once as a strip at four
+    // quarter-pixel offsets, so that a frame masks through one strip a row
+    // instead of stroking every glint.
     void ensureGlints(const PondLayout::Size& view);
 
     double m_deviceScale;
