@@ -1,10 +1,10 @@
 #!/bin/sh
 # What the pond costs while it sits there, beside two programs of the same
 # kind that live in the tray: on one virtual desktop, in one run, the pond
-# shown, the pond hidden, Workrave and Safe Eyes idle side by side for the
-# same minute, and for each its CPU per minute, its wake-ups per second and
-# its resident and proportional memory, read from /proc. It prints figures
-# and judges none.
+# shown, then the same pond hidden, and Workrave and Safe Eyes idle beside
+# the shown pond, each for a minute, and for each its CPU per minute, its
+# wake-ups per second and its resident and proportional memory, read from
+# /proc. It prints figures and judges none.
 #
 #   benchmarks/idle-peers.sh [SECONDS]
 #
@@ -46,6 +46,7 @@ wait_for() {
         tries=$((tries + 1))
         if [ "$tries" -gt $((limit * 10)) ]; then
             echo "idle-peers: gave up waiting for: $*" >&2
+            tail -n 5 "$scratch"/*.log >&2
             return 1
         fi
         sleep 0.1
@@ -76,27 +77,6 @@ not_shown() {
     ! shown_window "$1"
 }
 
-"$pond" --seed-demo "$scratch/shown/data" >/dev/null
-"$pond" --seed-demo "$scratch/hidden/data" >/dev/null
-start shown "$pond"
-shown=$started
-start hidden "$pond"
-hidden=$started
-start workrave workrave
-workrave=$started
-start safeeyes safeeyes
-safeeyes=$started
-
-wait_for 30 shown_window "$shown"
-wait_for 30 shown_window "$hidden"
-wait_for 30 tray_item "$hidden"
-# A left click on the tray item hides a shown pond.
-gdbus call --session --dest "$(tray_item "$hidden")" --object-path /StatusNotifierItem \
-    --method org.kde.StatusNotifierItem.Activate 0 0 >/dev/null
-wait_for 10 not_shown "$hidden"
-# Start-up is over (fonts, caches, the first snapshot) well before this.
-sleep 10
-
 ticks_per_second=$(getconf CLK_TCK)
 # utime + stime of the whole process, in clock ticks: fields 14 and 15,
 # counted after the command name, which may hold spaces.
@@ -107,34 +87,52 @@ cpu_ticks() {
 switches() {
     cat /proc/"$1"/task/*/status 2>/dev/null | awk '/^(voluntary|nonvoluntary)_ctxt_switches:/ { sum += $2 } END { print sum + 0 }'
 }
+# Measures the processes named by `names` (shell variables holding pids)
+# over the same `seconds`, leaving each one's figures in a line of
+# $scratch/figures.
+measure() {
+    for name in "$@"; do
+        eval "pid=\$$name"
+        eval "cpu_$name=$(cpu_ticks "$pid")"
+        eval "switches_$name=$(switches "$pid")"
+    done
+    sleep "$seconds"
+    for name in "$@"; do
+        eval "pid=\$$name"
+        eval "cpu=\$((\$(cpu_ticks "$pid") - cpu_$name))"
+        eval "woke=\$((\$(switches "$pid") - switches_$name))"
+        awk -v label="$name" -v cpu="$cpu" -v hz="$ticks_per_second" -v woke="$woke" -v seconds="$seconds" '
+            /^Rss:/ { rss = $2 }
+            /^Pss:/ { pss = $2 }
+            END { printf "%-12s %14.0f %12.1f %10.1f %10.1f\n", label, cpu * 1000 / hz * 60 / seconds, woke / seconds, rss / 1024, pss / 1024 }
+        ' "/proc/$pid/smaps_rollup" >>"$scratch/figures"
+    done
+}
 
-names="shown hidden workrave safeeyes"
-for name in $names; do
-    eval "pid=\$$name"
-    eval "cpu_$name=$(cpu_ticks "$pid")"
-    eval "switches_$name=$(switches "$pid")"
-done
-sleep "$seconds"
-for name in $names; do
-    eval "pid=\$$name"
-    eval "cpu_end_$name=$(cpu_ticks "$pid")"
-    eval "switches_end_$name=$(switches "$pid")"
-done
+# One pond a session: the library lets one run per desktop session, so the
+# same pond is measured shown, then hidden, while the peers are measured in
+# the first of the two minutes.
+"$pond" --seed-demo "$scratch/pond/data" >/dev/null
+start pond "$pond"
+pond_shown=$started
+pond_hidden=$started
+start workrave workrave
+workrave=$started
+start safeeyes safeeyes
+safeeyes=$started
+
+wait_for 120 shown_window "$pond_shown"
+wait_for 120 tray_item "$pond_shown"
+# Start-up is over (fonts, caches, the first snapshot) well before this.
+sleep 10
+measure pond_shown workrave safeeyes
+# A left click on the tray item hides a shown pond.
+gdbus call --session --dest "$(tray_item "$pond_hidden")" --object-path /StatusNotifierItem \
+    --method org.kde.StatusNotifierItem.Activate 0 0 >/dev/null
+wait_for 10 not_shown "$pond_hidden"
+sleep 2
+measure pond_hidden
 
 printf '%-12s %14s %12s %10s %10s\n' program "CPU ms/min" "wakeups/s" "RSS MB" "PSS MB"
-for name in $names; do
-    eval "pid=\$$name"
-    eval "cpu=\$((cpu_end_$name - cpu_$name))"
-    eval "woke=\$((switches_end_$name - switches_$name))"
-    case $name in
-    shown) label="pond shown" ;;
-    hidden) label="pond hidden" ;;
-    *) label=$name ;;
-    esac
-    awk -v label="$label" -v cpu="$cpu" -v hz="$ticks_per_second" -v woke="$woke" -v seconds="$seconds" '
-        /^Rss:/ { rss = $2 }
-        /^Pss:/ { pss = $2 }
-        END { printf "%-12s %14.0f %12.1f %10.1f %10.1f\n", label, cpu * 1000 / hz * 60 / seconds, woke / seconds, rss / 1024, pss / 1024 }
-    ' "/proc/$pid/smaps_rollup"
-done
+cat "$scratch/figures"
 echo "(CPU: user + system time over ${seconds} s, scaled to a minute; a core is 60000 ms/min)"
