@@ -25,6 +25,10 @@ packages="
     python3-dbusmock
     xdotool
     x11-utils
+    sway
+    waybar
+    wtype
+    grim
     fonts-dejavu-core
     dbus-daemon
     libgtest-dev
