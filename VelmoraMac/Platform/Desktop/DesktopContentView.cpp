@@ -79,6 +79,12 @@ void DesktopContentView::holdOverlayContainer()
     watch(overlay, &m_container);
 }
 
+GtkWidget* DesktopContentView::overlayContainer()
+{
+    holdOverlayContainer();
+    return m_container;
+}
+
 void DesktopContentView::addOverlay(std::shared_ptr<OverlayView> overlay)
 {
     if (!overlay || m_window == nullptr)

@@ -43,6 +43,10 @@ public:
     [[nodiscard]] Point convertFromWindow(Point point) const override;
     void addOverlay(std::shared_ptr<OverlayView> overlay) override;
 
+    // The GtkOverlay over the window's child, made on first use; none once
+    // the window is gone. A widget added to it lies above every overlay.
+    [[nodiscard]] GtkWidget* overlayContainer();
+
     // The overlays' widgets, bottom to top.
     [[nodiscard]] const std::vector<std::unique_ptr<ChromeOverlayWidget>>& overlays() const { return m_overlays; }
     // True when `event` was a click of an overlay's, which the child must

@@ -3,8 +3,13 @@
 #include <algorithm>
 #include <atomic>
 
+#include <utility>
+
 #ifdef GDK_WINDOWING_X11
 #include <gdk/gdkx.h>
+#endif
+#ifdef GDK_WINDOWING_WAYLAND
+#include <gdk/gdkwayland.h>
 #endif
 
 #include "DesktopContentView.h"
@@ -33,6 +38,19 @@ struct PatienceSource {
 GdkDisplay* displayOf(GtkWindow* window)
 {
     return gtk_widget_get_display(GTK_WIDGET(window));
+}
+
+// A Wayland compositor reports a tiled window as maximized to clients that
+// do not know tiled states (GTK 3's), and maximizes on its own, none of it
+// asked for by the user; client-side title bars there have no zoom of ours.
+bool maximizingIsTheWindowManagers(GtkWindow* window)
+{
+#ifdef GDK_WINDOWING_WAYLAND
+    return GDK_IS_WAYLAND_DISPLAY(displayOf(window));
+#else
+    (void)window;
+    return false;
+#endif
 }
 
 } // namespace
@@ -65,6 +83,9 @@ DesktopWindow::DesktopWindow(Kind kind, GtkWindow* window, std::shared_ptr<Syste
 
 DesktopWindow::~DesktopWindow()
 {
+    leaveHost();
+    if (m_embeddedPanel != nullptr)
+        m_embeddedPanel->leaveHost();
     stopPatience();
     if (m_parent != nullptr)
         m_parent->removeChildWindow(*this);
@@ -102,6 +123,10 @@ void DesktopWindow::connect()
 
 void DesktopWindow::forgetWindow()
 {
+    // Its widgets go with the window's: a panel lying in it leaves first.
+    if (m_embeddedPanel != nullptr)
+        m_embeddedPanel->leaveHost();
+    leaveHost();
     stopPatience();
     m_signals.clear();
     m_transition = false;
@@ -134,6 +159,8 @@ void DesktopWindow::setContent(std::shared_ptr<WindowContent> content)
     if (m_kind != Kind::panel || m_window == nullptr)
         return;
     const bool wasOnScreen = onScreen();
+    const bool wasEmbedded = m_embeddedIn != nullptr;
+    leaveHost();
     if (m_panelWidget) {
         gtk_container_remove(GTK_CONTAINER(m_window), m_panelWidget->widget());
         m_panelWidget.reset();
@@ -144,6 +171,8 @@ void DesktopWindow::setContent(std::shared_ptr<WindowContent> content)
         gtk_container_add(GTK_CONTAINER(m_window), m_panelWidget->widget());
         gtk_widget_show(m_panelWidget->widget());
     }
+    if (wasEmbedded)
+        embed();
     if (wasOnScreen && m_content) {
         // Held: the content may replace itself.
         const std::shared_ptr<WindowContent> shown = m_content;
@@ -153,7 +182,61 @@ void DesktopWindow::setContent(std::shared_ptr<WindowContent> content)
 
 bool DesktopWindow::onScreen() const
 {
+    if (m_embeddedIn != nullptr)
+        return m_embeddedIn->onScreen();
     return m_window != nullptr && m_mapped && !isMiniaturized();
+}
+
+// MARK: - Embedding
+
+void DesktopWindow::setEmbeddingHost(EmbeddingHost host)
+{
+    if (m_kind == Kind::panel)
+        m_embeddingHost = std::move(host);
+}
+
+bool DesktopWindow::embed()
+{
+    DesktopWindow* host = m_embeddingHost ? m_embeddingHost() : nullptr;
+    if (host == nullptr || host == this || host->m_window == nullptr || m_window == nullptr || !m_panelWidget)
+        return false;
+    if (m_embeddedIn == host)
+        return true;
+    leaveHost();
+    if (host->m_embeddedPanel != nullptr)
+        host->m_embeddedPanel->leaveHost();
+    auto* view = dynamic_cast<DesktopContentView*>(host->contentView());
+    GtkWidget* container = view != nullptr ? view->overlayContainer() : nullptr;
+    if (container == nullptr)
+        return false;
+    GtkWidget* widget = m_panelWidget->widget();
+    gtk_container_remove(GTK_CONTAINER(m_window), widget);
+    gtk_overlay_add_overlay(GTK_OVERLAY(container), widget);
+    gtk_widget_show(widget);
+    m_embeddedIn = host;
+    host->m_embeddedPanel = this;
+    host->applyMouseEvents();
+    // The renderer's drawing area held the keyboard; the page's first
+    // control takes it, as it would in a window of its own.
+    gtk_widget_child_focus(widget, GTK_DIR_TAB_FORWARD);
+    return true;
+}
+
+void DesktopWindow::leaveHost()
+{
+    DesktopWindow* host = std::exchange(m_embeddedIn, nullptr);
+    if (host == nullptr)
+        return;
+    host->m_embeddedPanel = nullptr;
+    if (m_panelWidget) {
+        GtkWidget* widget = m_panelWidget->widget();
+        // The panel's widget holds its own reference across the move.
+        if (GtkWidget* parent = gtk_widget_get_parent(widget))
+            gtk_container_remove(GTK_CONTAINER(parent), widget);
+        if (m_window != nullptr)
+            gtk_container_add(GTK_CONTAINER(m_window), widget);
+    }
+    host->applyMouseEvents();
 }
 
 void DesktopWindow::appearIfNew(bool wasOnScreen)
@@ -237,6 +320,11 @@ void DesktopWindow::setButtonAction(WindowButton button, Action action)
 
 // MARK: - Frame
 
+Rect DesktopWindow::frame() const
+{
+    return m_embeddedIn != nullptr ? m_embeddedIn->frame() : m_frame;
+}
+
 std::optional<Rect> DesktopWindow::actualFrame() const
 {
     if (m_window == nullptr || !gtk_widget_get_mapped(GTK_WIDGET(m_window)))
@@ -257,6 +345,11 @@ void DesktopWindow::setFrame(const Rect& frame, FrameDisplay display)
 {
     if (m_window == nullptr)
         return;
+    // Lying in its host, the panel has the host's frame.
+    if (m_embeddedIn != nullptr) {
+        m_frame = frame;
+        return;
+    }
     const Size oldSize = m_frame.size;
     m_frame = frame;
     m_requestedFrame = frame;
@@ -318,16 +411,22 @@ void DesktopWindow::onConfigured(const GdkEventConfigure& event)
 
 bool DesktopWindow::isVisible() const
 {
+    if (m_embeddedIn != nullptr)
+        return m_embeddedIn->isVisible();
     return m_window != nullptr && gtk_widget_get_visible(GTK_WIDGET(m_window)) && !isMiniaturized();
 }
 
 bool DesktopWindow::isKeyWindow() const
 {
+    if (m_embeddedIn != nullptr)
+        return m_embeddedIn->isKeyWindow();
     return m_window != nullptr && gtk_window_is_active(m_window);
 }
 
 bool DesktopWindow::isMiniaturized() const
 {
+    if (m_embeddedIn != nullptr)
+        return m_embeddedIn->isMiniaturized();
     GdkWindow* gdkWindow = m_window != nullptr ? gtk_widget_get_window(GTK_WIDGET(m_window)) : nullptr;
     return gdkWindow != nullptr && gtk_widget_get_visible(GTK_WIDGET(m_window)) && (gdk_window_get_state(gdkWindow) & GDK_WINDOW_STATE_ICONIFIED) != 0;
 }
@@ -347,6 +446,7 @@ void DesktopWindow::orderOut()
 {
     if (m_window == nullptr)
         return;
+    leaveHost();
     gtk_widget_hide(GTK_WIDGET(m_window));
     for (const auto& [child, ordering] : m_children)
         child->orderOut();
@@ -356,6 +456,16 @@ void DesktopWindow::orderFront()
 {
     if (m_window == nullptr)
         return;
+    if (m_embeddingHost) {
+        const bool wasOnScreen = onScreen();
+        if (embed()) {
+            gtk_widget_show(GTK_WIDGET(m_embeddedIn->m_window));
+            m_frontOrder = nextFrontOrder();
+            showChildren();
+            appearIfNew(wasOnScreen);
+            return;
+        }
+    }
     gtk_widget_show(GTK_WIDGET(m_window));
     if (GdkWindow* gdkWindow = gtk_widget_get_window(GTK_WIDGET(m_window)))
         gdk_window_raise(gdkWindow);
@@ -367,6 +477,16 @@ void DesktopWindow::makeKeyAndOrderFront()
 {
     if (m_window == nullptr)
         return;
+    if (m_embeddingHost) {
+        const bool wasOnScreen = onScreen();
+        if (embed()) {
+            gtk_window_present_with_time(m_embeddedIn->m_window, gtk_get_current_event_time());
+            m_frontOrder = nextFrontOrder();
+            showChildren();
+            appearIfNew(wasOnScreen);
+            return;
+        }
+    }
     gtk_window_present_with_time(m_window, gtk_get_current_event_time());
     m_frontOrder = nextFrontOrder();
     showChildren();
@@ -385,9 +505,14 @@ void DesktopWindow::showChildren()
 void DesktopWindow::setMouseEvents(MouseEvents events)
 {
     m_mouseEvents = events;
+    applyMouseEvents();
+}
+
+void DesktopWindow::applyMouseEvents()
+{
     if (m_window == nullptr)
         return;
-    if (events == MouseEvents::ignored) {
+    if (m_mouseEvents == MouseEvents::ignored && m_embeddedPanel == nullptr) {
         // An empty input shape: the pointer falls through to what lies
         // beneath.
         cairo_region_t* nothing = cairo_region_create();
@@ -483,7 +608,7 @@ void DesktopWindow::onStateChanged(GdkWindowState changed, GdkWindowState state)
     if (m_window == nullptr)
         return;
     const auto zoom = m_buttonActions.find(WindowButton::zoom);
-    if ((changed & state & GDK_WINDOW_STATE_MAXIMIZED) != 0 && zoom != m_buttonActions.end() && !m_fullScreen) {
+    if ((changed & state & GDK_WINDOW_STATE_MAXIMIZED) != 0 && zoom != m_buttonActions.end() && !m_fullScreen && !maximizingIsTheWindowManagers(m_window)) {
         gtk_window_unmaximize(m_window);
         // A copy: the action may replace itself.
         const Action action = zoom->second;
@@ -503,10 +628,12 @@ void DesktopWindow::addChildWindow(Window& child, WindowOrdering ordering)
     desktop->m_parent = this;
     m_children.emplace_back(desktop, ordering);
     // The window manager keeps a transient window above the one it belongs
-    // to: the child, or for a child ordered below, the parent.
-    if (ordering == WindowOrdering::above)
+    // to: the child, or for a child ordered below, the parent. A panel that
+    // lies in its host is above it already.
+    const bool embedding = m_embeddingHost || desktop->m_embeddingHost;
+    if (!embedding && ordering == WindowOrdering::above)
         gtk_window_set_transient_for(desktop->m_window, m_window);
-    else
+    else if (!embedding)
         gtk_window_set_transient_for(m_window, desktop->m_window);
     if (gtk_widget_get_visible(GTK_WIDGET(m_window)))
         showChildren();
@@ -576,6 +703,8 @@ gboolean DesktopWindow::mapped(GtkWidget* /*widget*/, GdkEvent* /*event*/, gpoin
         const bool wasOnScreen = window->onScreen();
         window->m_mapped = true;
         window->appearIfNew(wasOnScreen);
+        if (window->m_embeddedPanel != nullptr)
+            window->m_embeddedPanel->appearIfNew(wasOnScreen);
     } catch (...) {
         DesktopWindowSignal::reportFailure("showing a window's content");
     }

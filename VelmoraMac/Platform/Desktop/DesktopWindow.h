@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -58,6 +59,16 @@ class SystemNotificationHub;
 // Children follow their parent's frame (configure-event) and are ordered
 // in and out with it; transient-for keeps them above it, or keeps the
 // parent above a child ordered below.
+//
+// Where clients cannot place their windows (Wayland), a panel cannot lie
+// over the renderer's window as a toplevel of its own: the compositor puts
+// it where it likes, at a size of its choosing. Given an embedding host, a
+// panel ordered in is drawn inside the host's window instead, above its
+// content and the overlays, and takes the host's keyboard focus; ordered
+// out it leaves it. While embedded its frame, visibility and key state are
+// the host's, and the host takes the pointer whatever its own mouse events
+// say, since the panel lies in it. Without a host to embed in it is a
+// window of its own, as elsewhere.
 // Main thread only (GTK's).
 class DesktopWindow final : public Window {
 public:
@@ -84,7 +95,7 @@ public:
     void setAttributes(const WindowAttributes& attributes) override;
     [[nodiscard]] std::uint64_t styleMask() const override;
     void setButtonAction(WindowButton button, Action action) override;
-    [[nodiscard]] Rect frame() const override { return m_frame; }
+    [[nodiscard]] Rect frame() const override;
     void setFrame(const Rect& frame, FrameDisplay display) override;
     [[nodiscard]] bool isVisible() const override;
     [[nodiscard]] bool isKeyWindow() const override;
@@ -98,6 +109,12 @@ public:
     [[nodiscard]] Window* parentWindow() const override { return m_parent; }
     void addChildWindow(Window& child, WindowOrdering ordering) override;
     void removeChildWindow(Window& child) override;
+
+    // The window a panel is drawn inside while ordered in; for panels only.
+    using EmbeddingHost = std::function<DesktopWindow*()>;
+    void setEmbeddingHost(EmbeddingHost host);
+    // The panel drawn inside this window now, if any.
+    [[nodiscard]] DesktopWindow* embeddedPanel() const { return m_embeddedPanel; }
 
     // None once GTK has destroyed the window.
     [[nodiscard]] GtkWindow* gtkWindow() const { return m_window; }
@@ -139,6 +156,10 @@ private:
     void stopPatience();
     void onStateChanged(GdkWindowState changed, GdkWindowState state);
     void onConfigured(const GdkEventConfigure& event);
+    // True when the panel lies inside its host now.
+    bool embed();
+    void leaveHost();
+    void applyMouseEvents();
 
     Kind m_kind;
     // A panel's reference; none for the renderer's window.
@@ -166,6 +187,10 @@ private:
     std::unique_ptr<PanelWidget> m_panelWidget;
     std::unique_ptr<DesktopContentView> m_contentView;
     DesktopWindow* m_parent = nullptr;
+    EmbeddingHost m_embeddingHost;
+    // The host this panel lies in, and the panel lying in this window.
+    DesktopWindow* m_embeddedIn = nullptr;
+    DesktopWindow* m_embeddedPanel = nullptr;
     std::vector<std::pair<DesktopWindow*, WindowOrdering>> m_children;
     // Last: disconnected before anything above goes.
     std::vector<std::unique_ptr<DesktopWindowSignal>> m_signals;

@@ -2,6 +2,10 @@
 
 #include <algorithm>
 
+#ifdef GDK_WINDOWING_WAYLAND
+#include <gdk/gdkwayland.h>
+#endif
+
 #include "DesktopEventMonitors.h"
 #include "DesktopWindowCoordinates.h"
 #include "VelmoraMac/Platform/SystemNotificationHub.h"
@@ -109,6 +113,16 @@ std::shared_ptr<Window> DesktopWindowSystem::createPanel(const Rect& frame, cons
     gtk_window_set_default_size(GTK_WINDOW(widget), std::max(1, global.width), std::max(1, global.height));
     gtk_window_move(GTK_WINDOW(widget), global.x, global.y);
     auto panel = std::make_shared<DesktopWindow>(DesktopWindow::Kind::panel, GTK_WINDOW(widget), m_notifications, m_monitors);
+#ifdef GDK_WINDOWING_WAYLAND
+    // The compositor would place a panel of its own anywhere, at any size:
+    // it lies in the renderer's window instead.
+    if (GDK_IS_WAYLAND_DISPLAY(gdk_screen_get_display(screen))) {
+        panel->setEmbeddingHost([this]() -> DesktopWindow* {
+            adoptRendererWindow();
+            return m_adopted.get();
+        });
+    }
+#endif
     panel->setAttributes(attributes);
     panel->setFrame(frame, FrameDisplay::deferred);
     m_panels.push_back(panel);
@@ -121,8 +135,9 @@ Window* DesktopWindowSystem::windowFor(GdkWindow* toplevel) const
         return nullptr;
     for (const auto& candidate : liveWindows()) {
         GtkWindow* window = candidate->gtkWindow();
+        // What happens in a panel lying in the window happens in the panel.
         if (window != nullptr && gtk_widget_get_window(GTK_WIDGET(window)) == toplevel)
-            return candidate.get();
+            return candidate->embeddedPanel() != nullptr ? candidate->embeddedPanel() : candidate.get();
     }
     return nullptr;
 }

@@ -78,6 +78,43 @@ std::uint16_t GdkEventTranslator::keyCode(std::uint16_t hardwareKeycode)
     return static_cast<std::uint16_t>(otherKeyOffset + hardwareKeycode);
 }
 
+std::uint16_t GdkEventTranslator::keyCode(std::uint16_t hardwareKeycode, guint keyval)
+{
+    switch (keyval) {
+    case GDK_KEY_Escape:
+        return KeyCode::escape;
+    case GDK_KEY_Left:
+        return KeyCode::leftArrow;
+    case GDK_KEY_Right:
+        return KeyCode::rightArrow;
+    case GDK_KEY_Down:
+        return KeyCode::downArrow;
+    case GDK_KEY_Up:
+        return KeyCode::upArrow;
+    default:
+        break;
+    }
+    const std::uint16_t byPlace = keyCode(hardwareKeycode);
+    const bool symbolKey = byPlace == KeyCode::escape || byPlace == KeyCode::leftArrow || byPlace == KeyCode::rightArrow || byPlace == KeyCode::downArrow
+        || byPlace == KeyCode::upArrow;
+    if (!symbolKey)
+        return byPlace;
+    switch (gdk_keyval_to_lower(keyval)) {
+    case GDK_KEY_w:
+        return KeyCode::w;
+    case GDK_KEY_a:
+        return KeyCode::a;
+    case GDK_KEY_s:
+        return KeyCode::s;
+    case GDK_KEY_d:
+        return KeyCode::d;
+    case GDK_KEY_f:
+        return KeyCode::f;
+    default:
+        return static_cast<std::uint16_t>(otherKeyOffset + hardwareKeycode);
+    }
+}
+
 std::uint64_t GdkEventTranslator::modifierFlags(unsigned state)
 {
     std::uint64_t flags = 0;
@@ -160,7 +197,7 @@ std::optional<InputEvent> GdkEventTranslator::translateKey(const GdkEventKey& ke
     const bool press = key.type == GDK_KEY_PRESS;
     InputEvent translated;
     translated.window = m_lookup ? m_lookup(key.window).window : nullptr;
-    translated.keyCode = keyCode(key.hardware_keycode);
+    translated.keyCode = keyCode(key.hardware_keycode, key.keyval);
     translated.modifierFlags = modifierFlags(key.state);
     if (const std::uint64_t modifier = modifierOfKey(key.keyval); modifier != 0) {
         // GDK's state is the one before this key; the record carries the

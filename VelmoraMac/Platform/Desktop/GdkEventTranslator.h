@@ -56,6 +56,12 @@ public:
 
     // The design's key code for an X11/evdev hardware key code.
     [[nodiscard]] static std::uint16_t keyCode(std::uint16_t hardwareKeycode);
+    // The same for a key whose layout gives it `keyval`: Escape and the
+    // arrows are known by their symbol wherever they are. A keymap of its
+    // own, such as a virtual keyboard's, numbers its keys in any order:
+    // when the code evdev gives to one of those keys carries another
+    // symbol, the code says nothing and the letters are known by symbol.
+    [[nodiscard]] static std::uint16_t keyCode(std::uint16_t hardwareKeycode, guint keyval);
     // The design's modifier bits for GDK's modifier state.
     [[nodiscard]] static std::uint64_t modifierFlags(unsigned state);
 

@@ -42,21 +42,22 @@ TEST(GdkEventTranslator, Keys_GoByTheirPlaceWhateverTheLayoutPrintsOnThemAndRepe
     struct KeyCase {
         std::uint16_t hardware = 0;
         std::uint16_t expected = 0;
+        // An AZERTY "z" on the W key is still the W key.
+        guint keyval = GDK_KEY_z;
     };
     // A sample of the table, and keys outside it: Space and the first key
     // of the main row, never mistaken for A (0) or S (1).
     const KeyCase cases[] = {
         {25, KeyCode::w},
-        {9, KeyCode::escape},
-        {111, KeyCode::upArrow},
+        {9, KeyCode::escape, GDK_KEY_Escape},
+        {111, KeyCode::upArrow, GDK_KEY_Up},
         {65, GdkEventTranslator::otherKeyOffset + 65},
         {10, GdkEventTranslator::otherKeyOffset + 10},
     };
     GdkEventTranslator translate = translator();
     for (const KeyCase& entry : cases) {
         SCOPED_TRACE(entry.hardware);
-        // An AZERTY "z" on the W key is still the W key.
-        const std::optional<InputEvent> down = translate.translate(*key(GDK_KEY_PRESS, entry.hardware, GDK_KEY_z));
+        const std::optional<InputEvent> down = translate.translate(*key(GDK_KEY_PRESS, entry.hardware, entry.keyval));
         ASSERT_TRUE(down);
         EXPECT_EQ(down->type, InputEventType::keyDown);
         EXPECT_EQ(down->keyCode, entry.expected);
@@ -68,6 +69,18 @@ TEST(GdkEventTranslator, Keys_GoByTheirPlaceWhateverTheLayoutPrintsOnThemAndRepe
         EXPECT_EQ(up->type, InputEventType::keyUp);
         EXPECT_FALSE(up->isARepeat);
     }
+}
+
+// A virtual keyboard (an on-screen one, a remote desktop's, wtype) sends a
+// keymap of its own, numbering its keys from the first code up: its F may
+// arrive with the code evdev gives to Escape.
+TEST(GdkEventTranslator, Keys_FromAKeymapOfTheirOwn_AreKnownByTheirSymbol)
+{
+    EXPECT_EQ(GdkEventTranslator::keyCode(9, GDK_KEY_f), KeyCode::f);
+    EXPECT_EQ(GdkEventTranslator::keyCode(9, GDK_KEY_F), KeyCode::f);
+    EXPECT_EQ(GdkEventTranslator::keyCode(113, GDK_KEY_x), GdkEventTranslator::otherKeyOffset + 113);
+    EXPECT_EQ(GdkEventTranslator::keyCode(30, GDK_KEY_Escape), KeyCode::escape);
+    EXPECT_EQ(GdkEventTranslator::keyCode(31, GDK_KEY_Right), KeyCode::rightArrow);
 }
 
 TEST(GdkEventTranslator, Modifiers_MapToOurBitsAndModifierKeysReportTheStateAfterThem)
