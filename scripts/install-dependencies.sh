@@ -29,6 +29,8 @@ packages="
     waybar
     wtype
     grim
+    xfce4-panel
+    dunst
     fonts-dejavu-core
     dbus-daemon
     libgtest-dev

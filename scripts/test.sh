@@ -22,15 +22,18 @@ build_and_test() {
     mkdir -p "build/$name/screenshots"
     # shellcheck disable=SC2086 # an empty filter must vanish
     VELMORA_SCREENSHOT_DIR="$PWD/build/$name/screenshots" \
-        ./scripts/with-desktop.sh ctest --test-dir "build/$name" --output-on-failure --parallel "$jobs" --label-exclude wayland $ctest_filter
+        ./scripts/with-desktop.sh ctest --test-dir "build/$name" --output-on-failure --parallel "$jobs" --label-exclude real-desktop $ctest_filter
 }
 
-# The Wayland tests on a headless sway with waybar's tray: GTK's Wayland
-# backend, a real tray host, the compositor's tiling and full screen.
-wayland_tests() {
+# The same library on desktops of real components: a headless sway with
+# waybar's tray (GTK's Wayland backend, the compositor's tiling and full
+# screen), and X11 with xfce4-panel's tray and dunst.
+real_desktop_tests() {
     name=$1
     VELMORA_SCREENSHOT_DIR="$PWD/build/$name/screenshots" \
-        ./scripts/with-wayland.sh ctest --test-dir "build/$name" --output-on-failure --label-regex wayland
+        ./scripts/with-wayland.sh ctest --test-dir "build/$name" --output-on-failure --label-regex real-desktop
+    VELMORA_SCREENSHOT_DIR="$PWD/build/$name/screenshots" VELMORA_DESKTOP=xfce \
+        ./scripts/with-desktop.sh ctest --test-dir "build/$name" --output-on-failure --label-regex real-desktop
 }
 
 build_and_test normal ""
@@ -42,7 +45,7 @@ cmake -S . -B build/clang -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
 cmake --build build/clang --parallel "$jobs" --target VelmoraNative pond VelmoraCoreTests
 build/clang/tests/VelmoraCore/VelmoraCoreTests --gtest_brief=1
 
-wayland_tests normal
+real_desktop_tests normal
 ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1:detect_stack_use_after_return=1 \
 LSAN_OPTIONS="suppressions=$PWD/scripts/lsan.supp:print_suppressions=0" \
 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \

@@ -8,6 +8,11 @@
 # status is this script's.
 #
 #   scripts/with-desktop.sh ctest --test-dir build/normal
+#
+# With VELMORA_DESKTOP=xfce the session has real components instead of
+# room for mocks: xfce4-panel with its system tray (a StatusNotifierItem
+# host that also serves the watcher) on the session bus, and dunst, which
+# the bus starts at the first notification.
 set -eu
 
 if [ -z "${VELMORA_DESKTOP_INNER:-}" ]; then
@@ -49,8 +54,40 @@ until xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id'; do
     fi
     sleep 0.05
 done
+panel=""
+if [ "${VELMORA_DESKTOP:-}" = xfce ]; then
+    config=$(mktemp -d /tmp/velmora-xfce.XXXXXX)
+    mkdir -p "$config/xfce4/xfconf/xfce-perchannel-xml"
+    cat >"$config/xfce4/xfconf/xfce-perchannel-xml/xfce4-panel.xml" <<'EOF'
+<?xml version="1.0" encoding="UTF-8"?>
+<channel name="xfce4-panel" version="1.0">
+  <property name="configver" type="int" value="2"/>
+  <property name="panels" type="array">
+    <value type="int" value="1"/>
+    <property name="panel-1" type="empty">
+      <property name="position" type="string" value="p=6;x=0;y=0"/>
+      <property name="length" type="uint" value="100"/>
+      <property name="position-locked" type="bool" value="true"/>
+      <property name="size" type="uint" value="28"/>
+      <property name="plugin-ids" type="array">
+        <value type="int" value="1"/>
+      </property>
+    </property>
+  </property>
+  <property name="plugins" type="empty">
+    <property name="plugin-1" type="string" value="systray"/>
+  </property>
+</channel>
+EOF
+    XDG_CONFIG_HOME=$config xfce4-panel --disable-wm-check >"$config/panel.log" 2>&1 &
+    panel=$!
+    # The tests wait for the watcher's name themselves.
+fi
 status=0
 "$@" || status=$?
+if [ -n "$panel" ]; then
+    kill "$panel" 2>/dev/null || true
+fi
 kill "$window_manager" 2>/dev/null || true
 if [ -n "$sound_server" ]; then
     kill "$sound_server" 2>/dev/null || true

@@ -1,12 +1,16 @@
-// The library on a Wayland desktop (sway, headless, with waybar's tray as
-// the StatusNotifierItem host; scripts/with-wayland.sh), as a GTK rendering
-// program uses it. Nothing here is a mock: the tray host, the compositor's
-// tiling and full screen, and the keyboard (wtype, a virtual keyboard) are
-// the real ones. Skipped anywhere else.
+// The library on desktops of real components, as a GTK rendering program
+// uses it, where the others stand mocks in: nothing here was written for
+// these tests. On Wayland (scripts/with-wayland.sh, VELMORA_DESKTOP=sway):
+// sway headless with waybar's tray as the StatusNotifierItem host, the
+// compositor's tiling and full screen, and the keyboard through wtype, a
+// virtual keyboard. On X11 (scripts/with-desktop.sh, VELMORA_DESKTOP=xfce):
+// xfce4-panel's tray and dunst as the notification server. Each fixture is
+// skipped on the other desktop and anywhere else.
 
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -34,11 +38,12 @@ using namespace std::chrono_literals;
 
 constexpr const char* topic = "smoking";
 
-void seedOnboardedUser(const fs::path& dataHome)
+void seedOnboardedUser(const fs::path& dataHome, bool reminderEnabled = false, int reminderHour = 20, int reminderMinute = 0)
 {
     fs::create_directories(dataHome / "app.velmora.mac");
     const json state = {{"version", 1}, {"onboarded", true}, {"selected", {"doomscrolling", "phone", topic}}, {"lotuses", {{topic, {{"moments", 12}}}}},
-        {"practiceDays", json::array()}, {"language", "system"}, {"hintSeen", true}, {"reminderEnabled", false}, {"reminderHour", 20}, {"reminderMinute", 0},
+        {"practiceDays", json::array()}, {"language", "system"}, {"hintSeen", true}, {"reminderEnabled", reminderEnabled}, {"reminderHour", reminderHour},
+        {"reminderMinute", reminderMinute},
         {"waterSoundEnabled", false}, {"bellSoundEnabled", false}};
     std::ofstream(dataHome / "app.velmora.mac" / "practice.json") << state.dump();
 }
@@ -86,15 +91,25 @@ DesktopSession::VariantPointer callAndWait(const char* destination, const char* 
     return DesktopSession::VariantPointer::adopt(answer.value);
 }
 
-class WaylandDesktop : public ::testing::Test {
+class RealDesktop : public ::testing::Test {
 protected:
+    enum class Desktop { sway,
+        xfce };
+
+    explicit RealDesktop(Desktop desktop)
+        : m_desktop(desktop)
+    {
+    }
+
     void SetUp() override
     {
         g_setenv("XDG_DATA_HOME", (m_home / "data").c_str(), TRUE);
         g_setenv("XDG_CONFIG_HOME", (m_home / "config").c_str(), TRUE);
-        if (g_strcmp0(g_getenv("VELMORA_DESKTOP"), "sway") != 0 || gtk_init_check(nullptr, nullptr) == FALSE || !GDK_IS_WAYLAND_DISPLAY(gdk_display_get_default()))
-            GTEST_SKIP() << "not on the test command's sway (scripts/with-wayland.sh)";
-        m_mapHook = g_signal_add_emission_hook(g_signal_lookup("map", GTK_TYPE_WIDGET), 0, &WaylandDesktop::mapped, this, nullptr);
+        const bool sway = m_desktop == Desktop::sway;
+        if (g_strcmp0(g_getenv("VELMORA_DESKTOP"), sway ? "sway" : "xfce") != 0 || gtk_init_check(nullptr, nullptr) == FALSE
+            || GDK_IS_WAYLAND_DISPLAY(gdk_display_get_default()) != (sway ? TRUE : FALSE))
+            GTEST_SKIP() << "not on the test command's " << (sway ? "sway (scripts/with-wayland.sh)" : "xfce (scripts/with-desktop.sh)");
+        m_mapHook = g_signal_add_emission_hook(g_signal_lookup("map", GTK_TYPE_WIDGET), 0, &RealDesktop::mapped, this, nullptr);
     }
 
     void TearDown() override
@@ -117,7 +132,7 @@ protected:
             return FALSE;
         }),
             nullptr);
-        gtk_widget_add_tick_callback(m_area, &WaylandDesktop::frame, this, nullptr);
+        gtk_widget_add_tick_callback(m_area, &RealDesktop::frame, this, nullptr);
         gtk_widget_show_all(m_window);
         m_library.start();
     }
@@ -217,6 +232,7 @@ protected:
     }
 
     // The whole output, bar and tray included, for a person to look at.
+    // Wayland lets no client read the screen: the compositor's grim does.
     static void screenshot(const std::string& name)
     {
         const char* folder = std::getenv("VELMORA_SCREENSHOT_DIR"); // NOLINT(concurrency-mt-unsafe): GTK's thread only
@@ -256,7 +272,16 @@ protected:
         return name;
     }
 
-    // The items the bar's tray watcher lists.
+    // Whether the tray host's watcher lists this process's item.
+    static bool itemRegistered()
+    {
+        const std::string address = itemAddress();
+        const std::string process = "-" + std::to_string(::getpid()) + "-";
+        const std::vector<std::string> items = registeredItems();
+        return std::ranges::any_of(items, [&](const std::string& item) { return item.starts_with(address) || item.find(process) != std::string::npos; });
+    }
+
+    // The items the tray host's watcher lists.
     static std::vector<std::string> registeredItems()
     {
         std::vector<std::string> items;
@@ -328,20 +353,37 @@ private:
         if (count > 0) {
             auto* widget = static_cast<GtkWidget*>(g_value_get_object(&values[0]));
             if (GTK_IS_WINDOW(widget) && gtk_window_get_window_type(GTK_WINDOW(widget)) == GTK_WINDOW_TOPLEVEL)
-                ++static_cast<WaylandDesktop*>(self)->m_maps;
+                ++static_cast<RealDesktop*>(self)->m_maps;
         }
         return TRUE;
     }
 
     static gboolean frame(GtkWidget* /*widget*/, GdkFrameClock* /*clock*/, gpointer data)
     {
-        auto& test = *static_cast<WaylandDesktop*>(data);
+        auto& test = *static_cast<RealDesktop*>(data);
         while (char* event = test.m_library.copyEvent())
             test.m_library.freeEvent(event);
         return G_SOURCE_CONTINUE;
     }
 
+    Desktop m_desktop;
     gulong m_mapHook = 0;
+};
+
+class WaylandDesktop : public RealDesktop {
+protected:
+    WaylandDesktop()
+        : RealDesktop(Desktop::sway)
+    {
+    }
+};
+
+class XfceDesktop : public RealDesktop {
+protected:
+    XfceDesktop()
+        : RealDesktop(Desktop::xfce)
+    {
+    }
 };
 
 TEST_F(WaylandDesktop, TrayItem_RegistersWithTheBarAndItsClickHidesAndShowsThePond)
@@ -349,12 +391,7 @@ TEST_F(WaylandDesktop, TrayItem_RegistersWithTheBarAndItsClickHidesAndShowsThePo
     seedOnboardedUser(dataHome());
     start();
     ASSERT_TRUE(iterateUntil([&] { return pondVisible() && windowedOnCompositor(); }));
-    const std::string address = itemAddress();
-    const std::string process = "-" + std::to_string(::getpid()) + "-";
-    EXPECT_TRUE(iterateUntil([&] {
-        const std::vector<std::string> items = registeredItems();
-        return std::ranges::any_of(items, [&](const std::string& item) { return item.starts_with(address) || item.find(process) != std::string::npos; });
-    }));
+    EXPECT_TRUE(iterateUntil([&] { return itemRegistered(); }));
     screenshot("pond");
 
     clickItem();
@@ -451,6 +488,39 @@ TEST_F(WaylandDesktop, Onboarding_ByKeyboard_EndsInAPondAndTheSettingsLieOverIt)
     press({"wtype", "-k", "Escape"});
     EXPECT_TRUE(iterateUntil([&] { return panel() == nullptr && pondVisible() && windowedOnCompositor(); }));
     expectNoWindowLoop("returning to the pond");
+}
+
+TEST_F(XfceDesktop, TrayItem_RegistersWithThePanelsTrayAndItsClickHidesThePond)
+{
+    seedOnboardedUser(dataHome());
+    start();
+    ASSERT_TRUE(iterateUntil([&] { return pondVisible(); }));
+    EXPECT_TRUE(iterateUntil([&] { return itemRegistered(); }));
+    clickItem();
+    EXPECT_TRUE(iterateUntil([&] { return !pondVisible() && !gtk_widget_get_mapped(m_window); }));
+    clickItem();
+    EXPECT_TRUE(iterateUntil([&] { return pondVisible() && gtk_widget_get_mapped(m_window); }));
+}
+
+// dunst shows the reminder at its minute; its default action, as a click
+// on it sends, opens the pond.
+TEST_F(XfceDesktop, Reminder_IsShownByDunstAndItsActionOpensThePond)
+{
+    const std::time_t due = std::time(nullptr) + 60;
+    std::tm local{};
+    localtime_r(&due, &local);
+    seedOnboardedUser(dataHome(), true, local.tm_hour, local.tm_min);
+    start();
+    ASSERT_TRUE(iterateUntil([&] { return pondVisible() && itemRegistered(); }));
+    clickItem();
+    ASSERT_TRUE(iterateUntil([&] { return !pondVisible(); }));
+    const auto displayed = [] { return std::atoi(run({"dunstctl", "count", "displayed"}).c_str()); };
+    ASSERT_TRUE(iterateUntil([&] { return displayed() > 0; }, 90s)) << "dunst showed no reminder";
+    press({"dunstctl", "action", "0"});
+    EXPECT_TRUE(iterateUntil([&] { return pondVisible(); }));
+    // Shown under the library's name.
+    press({"dunstctl", "close-all"});
+    EXPECT_NE(run({"dunstctl", "history"}).find("Velmora"), std::string::npos);
 }
 
 } // namespace
