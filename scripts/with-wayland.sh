@@ -111,6 +111,17 @@ until socket=$(find "$runtime" -maxdepth 1 -name 'wayland-*' -type s | head -n 1
     sleep 0.05
 done
 
+# wtype makes a keymap of the keys each run names, in their order; GTK 3
+# finds a key's code from the first keymap it was given and never again, so
+# every run names the same keys first (releasing them, which types nothing).
+export VELMORA_WTYPE_KEYMAP="-p Tab -p space -p Escape -p f -p Return"
+# A headless seat has no keyboard, and GTK counts a window active only
+# while a keyboard's focus is in it: a virtual keyboard stands in for the
+# user's for as long as the command runs (wtype makes one, then sleeps).
+# shellcheck disable=SC2086 # the environment is deliberately split into words
+as_user env -i $environment WAYLAND_DISPLAY="$socket" wtype $VELMORA_WTYPE_KEYMAP -s 86400000 >/dev/null 2>&1 &
+pids="$pids $!"
+
 # The caller's own runtime folder: GTK and its kin keep files there.
 client_runtime="$scratch/client-runtime"
 mkdir -p "$client_runtime"
