@@ -97,19 +97,21 @@ std::uint16_t GdkEventTranslator::keyCode(std::uint16_t hardwareKeycode, guint k
     const std::uint16_t byPlace = keyCode(hardwareKeycode);
     const bool symbolKey = byPlace == KeyCode::escape || byPlace == KeyCode::leftArrow || byPlace == KeyCode::rightArrow || byPlace == KeyCode::downArrow
         || byPlace == KeyCode::upArrow;
-    if (!symbolKey)
+    const bool outside = byPlace >= otherKeyOffset;
+    if (!symbolKey && !outside)
         return byPlace;
     switch (gdk_keyval_to_lower(keyval)) {
-    case GDK_KEY_w:
-        return KeyCode::w;
-    case GDK_KEY_a:
-        return KeyCode::a;
-    case GDK_KEY_s:
-        return KeyCode::s;
-    case GDK_KEY_d:
-        return KeyCode::d;
+    // The shortcut's letter, wherever the keymap puts it.
     case GDK_KEY_f:
         return KeyCode::f;
+    case GDK_KEY_w:
+        return symbolKey ? KeyCode::w : byPlace;
+    case GDK_KEY_a:
+        return symbolKey ? KeyCode::a : byPlace;
+    case GDK_KEY_s:
+        return symbolKey ? KeyCode::s : byPlace;
+    case GDK_KEY_d:
+        return symbolKey ? KeyCode::d : byPlace;
     default:
         return static_cast<std::uint16_t>(otherKeyOffset + hardwareKeycode);
     }

@@ -61,6 +61,8 @@ public:
     // own, such as a virtual keyboard's, numbers its keys in any order:
     // when the code evdev gives to one of those keys carries another
     // symbol, the code says nothing and the letters are known by symbol.
+    // F, the full-screen shortcut's letter, is known by its symbol on a
+    // key outside the table too.
     [[nodiscard]] static std::uint16_t keyCode(std::uint16_t hardwareKeycode, guint keyval);
     // The design's modifier bits for GDK's modifier state.
     [[nodiscard]] static std::uint64_t modifierFlags(unsigned state);

@@ -78,6 +78,8 @@ TEST(GdkEventTranslator, Keys_FromAKeymapOfTheirOwn_AreKnownByTheirSymbol)
 {
     EXPECT_EQ(GdkEventTranslator::keyCode(9, GDK_KEY_f), KeyCode::f);
     EXPECT_EQ(GdkEventTranslator::keyCode(9, GDK_KEY_F), KeyCode::f);
+    EXPECT_EQ(GdkEventTranslator::keyCode(12, GDK_KEY_f), KeyCode::f);
+    EXPECT_EQ(GdkEventTranslator::keyCode(12, GDK_KEY_w), GdkEventTranslator::otherKeyOffset + 12);
     EXPECT_EQ(GdkEventTranslator::keyCode(113, GDK_KEY_x), GdkEventTranslator::otherKeyOffset + 113);
     EXPECT_EQ(GdkEventTranslator::keyCode(30, GDK_KEY_Escape), KeyCode::escape);
     EXPECT_EQ(GdkEventTranslator::keyCode(31, GDK_KEY_Right), KeyCode::rightArrow);
