@@ -25,7 +25,7 @@
 #include <nlohmann/json.hpp>
 #include <unistd.h>
 
-#include "NativeLibrary.h"
+#include "examples/VelmoraFunctions.h"
 #include "tests/VelmoraCore/TemporaryFolder.h"
 #include "tests/VelmoraMac/Platform/Desktop/DesktopSession.h"
 
@@ -356,7 +356,7 @@ protected:
     }
 
     TemporaryFolder m_home;
-    NativeLibrary m_library;
+    VelmoraFunctions m_library = VelmoraFunctions::load(VELMORA_NATIVE_LIBRARY);
     GtkWidget* m_window = nullptr;
     GtkWidget* m_area = nullptr;
     int m_maps = 0;
