@@ -33,7 +33,11 @@ PanelStyleSheet::PanelStyleSheet(std::string rootName, const PanelBody& body)
     const std::string foreground = css(body.foreground);
     // Focus stays visible for keyboard users, in the panel's own colour.
     const std::string faint = css(body.foreground.withOpacity(0.45));
-    m_base = root + " { background-color: " + css(body.background) + "; color: " + foreground + "; font-size: " + pixels(body.baseFontSize) + "; }\n"
+    // Without a compositor a window of its own cannot let the pond show
+    // through: a translucent colour would only lie over the theme's grey.
+    GdkScreen* screen = gdk_screen_get_default();
+    const Color background = screen != nullptr && gdk_screen_is_composited(screen) == FALSE ? body.background.withOpacity(1) : body.background;
+    m_base = root + " { background-color: " + css(background) + "; color: " + foreground + "; font-size: " + pixels(body.baseFontSize) + "; }\n"
         + root + " scrolledwindow, " + root + " viewport { background: none; border: none; }\n"
         + root + " button { background: none; border: none; box-shadow: none; text-shadow: none; -gtk-icon-shadow: none;"
                  " padding: 0; margin: 0; min-height: 0; min-width: 0; border-radius: 0; color: "

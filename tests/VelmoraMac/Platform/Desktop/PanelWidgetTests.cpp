@@ -15,6 +15,7 @@
 
 #include "DesktopSession.h"
 #include "VelmoraMac/Panel/PanelContent.h"
+#include "VelmoraMac/Platform/Desktop/PanelStyleSheet.h"
 #include "VelmoraMac/Platform/Desktop/PanelWidget.h"
 #include "VelmoraMac/Platform/SystemNotificationHub.h"
 #include "tests/VelmoraMac/Panel/PanelTestFixture.h"
@@ -401,6 +402,20 @@ TEST_F(PanelWidgetTest, Rebuild_ComesOnTheNextTurnOfTheLoopAndNeverAfterThePanel
     panelView().advance();
     drain();
     EXPECT_EQ(panelView().group(), 2);
+}
+
+// The pond shows through the settings only where a compositor blends the
+// panel's window over it; elsewhere a translucent background would lie
+// over the theme's grey and wash the palette out.
+TEST(PanelStyleSheet, TranslucentBackground_IsThePalettesOpaqueColourWithoutACompositor)
+{
+    if (gtk_init_check(nullptr, nullptr) == FALSE)
+        GTEST_SKIP() << "no display";
+    PanelBody body;
+    body.background = Color{14 / 255.0, 36 / 255.0, 34 / 255.0}.withOpacity(0.8);
+    const std::string text = PanelStyleSheet("root", body).text();
+    const bool composited = gdk_screen_is_composited(gdk_screen_get_default()) != FALSE;
+    EXPECT_NE(text.find("background-color: " + PanelStyleSheet::css(composited ? body.background : body.background.withOpacity(1))), std::string::npos) << text;
 }
 
 } // namespace
