@@ -32,6 +32,7 @@ packages="
     xfce4-panel
     dunst
     fonts-dejavu-core
+    fonts-lohit-deva
     dbus-daemon
     libgtest-dev
     libgmock-dev

@@ -10,10 +10,14 @@
 #include <variant>
 #include <vector>
 
+#include <fstream>
+
 #include <gtest/gtest.h>
 #include <gtk/gtk.h>
+#include <nlohmann/json.hpp>
 
 #include "DesktopSession.h"
+#include "VelmoraMac/MacStrings.h"
 #include "VelmoraMac/Panel/PanelContent.h"
 #include "VelmoraMac/Platform/Desktop/PanelStyleSheet.h"
 #include "VelmoraMac/Platform/Desktop/PanelWidget.h"
@@ -416,6 +420,50 @@ TEST(PanelStyleSheet, TranslucentBackground_IsThePalettesOpaqueColourWithoutACom
     const std::string text = PanelStyleSheet("root", body).text();
     const bool composited = gdk_screen_is_composited(gdk_screen_get_default()) != FALSE;
     EXPECT_NE(text.find("background-color: " + PanelStyleSheet::css(composited ? body.background : body.background.withOpacity(1))), std::string::npos) << text;
+}
+
+// Every text a user may see, in every shipped language, has a glyph for
+// each of its characters in the fonts the install script brings: a missing
+// one shows as a box (Hindi, without a Devanagari font).
+TEST(PanelFonts, EveryShippedText_HasAGlyphForEachCharacter)
+{
+    if (gtk_init_check(nullptr, nullptr) == FALSE)
+        GTEST_SKIP() << "no display";
+    std::vector<std::string> texts;
+    const std::function<void(const nlohmann::json&)> collect = [&](const nlohmann::json& value) {
+        if (value.is_string())
+            texts.push_back(value.get<std::string>());
+        else if (value.is_structured())
+            for (const nlohmann::json& inner : value)
+                collect(inner);
+    };
+    std::ifstream file(VELMORA_CONTENT_RESOURCE);
+    const nlohmann::json content = nlohmann::json::parse(file);
+    for (const char* section : {"topics", "languages", "strings"})
+        collect(content.at(section));
+    for (const auto& [language, table] : MacStrings::values())
+        for (const auto& [key, text] : table)
+            texts.push_back(text);
+    ASSERT_GT(texts.size(), 100U);
+
+    PangoFontMap* fonts = pango_cairo_font_map_get_default();
+    PangoContext* context = pango_font_map_create_context(fonts);
+    PangoLayout* layout = pango_layout_new(context);
+    std::vector<std::string> missing;
+    // The panel's faces: the theme's sans serif, and the serif of titles.
+    for (const char* family : {"Sans", "Serif"}) {
+        PangoFontDescription* font = pango_font_description_from_string(family);
+        pango_layout_set_font_description(layout, font);
+        pango_font_description_free(font);
+        for (const std::string& text : texts) {
+            pango_layout_set_text(layout, text.c_str(), -1);
+            if (pango_layout_get_unknown_glyphs_count(layout) > 0)
+                missing.push_back(std::string(family) + ": " + text);
+        }
+    }
+    g_object_unref(layout);
+    g_object_unref(context);
+    EXPECT_EQ(missing, std::vector<std::string>{});
 }
 
 } // namespace
