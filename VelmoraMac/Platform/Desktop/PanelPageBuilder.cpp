@@ -373,7 +373,10 @@ GtkWidget* PanelPageBuilder::row(const PanelRow& row)
 
 GtkWidget* PanelPageBuilder::switchRow(const PanelSwitchRow& row)
 {
-    GtkWidget* widget = gtk_button_new();
+    // A toggle button, so that a screen reader hears whether it is on; a
+    // click rebuilds the page from the new state.
+    GtkWidget* widget = gtk_toggle_button_new();
+    gtk_toggle_button_set_active(GTK_TOGGLE_BUTTON(widget), row.control.isOn ? TRUE : FALSE);
     gtk_button_set_relief(GTK_BUTTON(widget), GTK_RELIEF_NONE);
     GtkWidget* line = horizontal(12);
     setMargins(line, rowPadding, rowPadding);
@@ -446,7 +449,9 @@ std::vector<GtkWidget*> PanelPageBuilder::loginSections(const LoginBlock& block)
 
 GtkWidget* PanelPageBuilder::topicCard(const TopicCard& card)
 {
-    GtkWidget* widget = gtk_button_new();
+    // Checked when chosen, for a screen reader, as the switches are.
+    GtkWidget* widget = gtk_toggle_button_new();
+    gtk_toggle_button_set_active(GTK_TOGGLE_BUTTON(widget), card.selected ? TRUE : FALSE);
     gtk_button_set_relief(GTK_BUTTON(widget), GTK_RELIEF_NONE);
     m_sheet.style(widget,
         "background-color: " + PanelStyleSheet::css(card.background) + "; border-radius: " + PanelStyleSheet::pixels(card.cornerRadius)

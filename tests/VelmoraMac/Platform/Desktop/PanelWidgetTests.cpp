@@ -337,6 +337,9 @@ TEST_F(PanelWidgetTest, Settings_ShowTheirTextsSaveAtOnceAndKeepTheReadersPlace)
     EXPECT_EQ(savedState().waterSoundEnabled, !water);
     EXPECT_TRUE(showsAll({text(water ? "stateOff" : "stateOn")}));
     EXPECT_DOUBLE_EQ(gtk_adjustment_get_value(scroll), 200) << "a rebuild of the same page keeps its place";
+    AtkStateSet* states = atk_object_ref_state_set(gtk_widget_get_accessible(GTK_WIDGET(buttonShowing(root(), text("waterSound")))));
+    EXPECT_EQ(atk_state_set_contains_state(states, ATK_STATE_CHECKED) != FALSE, !water) << "a screen reader hears the switch's state";
+    g_object_unref(states);
 
     // The picker changes one field at a time and keeps the other.
     auto* hour = GTK_SPIN_BUTTON(named(root(), "reminder.hour"));
