@@ -211,6 +211,21 @@ protected:
         EXPECT_LE(m_maps - before, 1) << "toplevels mapped within 3 s after " << after;
     }
 
+    // The settings, wherever they are drawn.
+    [[nodiscard]] bool settingsShown() const
+    {
+        if (panel() != nullptr)
+            return true;
+        GList* toplevels = gtk_window_list_toplevels();
+        bool another = false;
+        for (GList* item = toplevels; item != nullptr; item = item->next) {
+            auto* widget = static_cast<GtkWidget*>(item->data);
+            another = another || (widget != m_window && gtk_widget_get_visible(widget) && gtk_window_get_window_type(GTK_WINDOW(widget)) == GTK_WINDOW_TOPLEVEL);
+        }
+        g_list_free(toplevels);
+        return another;
+    }
+
     // The settings panel: in the pond's own window on Wayland.
     [[nodiscard]] GtkWidget* panel() const
     {
@@ -445,6 +460,17 @@ TEST_F(WaylandDesktop, FullScreen_OnlyWhenAskedAndBothWaysWithoutAWindowLoop)
     EXPECT_TRUE(iterateUntil([&] { return windowedOnCompositor(); }));
     expectNoWindowLoop("the compositor's leaving full screen");
     EXPECT_TRUE(windowedOnCompositor() && pondVisible());
+
+    // With the settings open: they come back over the pond each way.
+    chooseFromMenu("Settings");
+    ASSERT_TRUE(iterateUntil([&] { return settingsShown(); }));
+    pressFullScreenShortcut();
+    EXPECT_TRUE(iterateUntil([&] { return fullScreenOnCompositor() && settingsShown(); }));
+    expectNoWindowLoop("entering full screen with the settings open");
+    pressFullScreenShortcut();
+    EXPECT_TRUE(iterateUntil([&] { return windowedOnCompositor() && settingsShown(); }));
+    expectNoWindowLoop("leaving full screen with the settings open");
+    EXPECT_NE(panel(), nullptr) << "the settings do not lie in the pond's window";
 }
 
 TEST_F(WaylandDesktop, Onboarding_ByKeyboard_EndsInAPondAndTheSettingsLieOverIt)
