@@ -216,9 +216,9 @@ bool DesktopWindow::embed()
     m_embeddedIn = host;
     host->m_embeddedPanel = this;
     host->applyMouseEvents();
-    // The renderer's drawing area held the keyboard; the page's first
+    // The renderer's drawing area held the keyboard; the page's primary
     // control takes it, as it would in a window of its own.
-    gtk_widget_child_focus(widget, GTK_DIR_TAB_FORWARD);
+    m_panelWidget->focusPrimary();
     return true;
 }
 

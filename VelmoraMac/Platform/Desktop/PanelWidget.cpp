@@ -1,6 +1,7 @@
 #include "PanelWidget.h"
 
 #include <atomic>
+#include <cstdint>
 #include <string>
 #include <utility>
 
@@ -135,12 +136,48 @@ struct PanelWidget::State {
         applyStyle(sheet.text());
 
         std::string key = pageKey(body);
-        gtk_adjustment_set_value(scroll, key == shownPage ? scrolled : 0.0);
+        const bool samePage = key == shownPage;
+        gtk_adjustment_set_value(scroll, samePage ? scrolled : 0.0);
         shownPage = std::move(key);
-        if (!focusKey.empty()) {
-            if (GtkWidget* again = PanelPageBuilder::findKey(root.get(), focusKey); again != nullptr && gtk_widget_get_can_focus(again))
-                gtk_widget_grab_focus(again);
-        }
+        GtkWidget* again = samePage && !focusKey.empty() ? PanelPageBuilder::findKey(root.get(), focusKey) : nullptr;
+        if (again != nullptr && gtk_widget_get_can_focus(again))
+            gtk_widget_grab_focus(again);
+        else if (!samePage || !focusKey.empty())
+            focusPrimary();
+    }
+
+    // The footer's button that leads on, else the page's first control:
+    // what Return or Space should press on a page just shown.
+    void focusPrimary() const
+    {
+        GtkWidget* primary = focusable(bottomSlot, Order::last);
+        if (primary == nullptr)
+            primary = focusable(contentSlot, Order::first);
+        if (primary != nullptr)
+            gtk_widget_grab_focus(primary);
+    }
+
+    enum class Order : std::uint8_t { first,
+        last };
+
+    static GtkWidget* focusable(GtkWidget* widget, Order order)
+    {
+        if (!gtk_widget_get_visible(widget) || !gtk_widget_is_sensitive(widget))
+            return nullptr;
+        if (gtk_widget_get_can_focus(widget) && !GTK_IS_CONTAINER(widget))
+            return widget;
+        if (gtk_widget_get_can_focus(widget) && GTK_IS_BUTTON(widget))
+            return widget;
+        if (!GTK_IS_CONTAINER(widget))
+            return nullptr;
+        GList* children = gtk_container_get_children(GTK_CONTAINER(widget));
+        if (order == Order::last)
+            children = g_list_reverse(children);
+        GtkWidget* found = nullptr;
+        for (GList* child = children; child != nullptr && found == nullptr; child = child->next)
+            found = focusable(static_cast<GtkWidget*>(child->data), order);
+        g_list_free(children);
+        return found;
     }
 
     void applyStyle(std::string text)
@@ -173,6 +210,9 @@ PanelWidget::PanelWidget(std::shared_ptr<PanelContent> content)
     state.scroller = gtk_scrolled_window_new(nullptr, nullptr);
     gtk_scrolled_window_set_policy(GTK_SCROLLED_WINDOW(state.scroller), GTK_POLICY_NEVER, GTK_POLICY_AUTOMATIC);
     gtk_widget_set_vexpand(state.scroller, TRUE);
+    // Scrolled by its page's controls, and by the wheel; never a tab stop
+    // of its own, which would hold the keyboard where nothing shows it.
+    gtk_widget_set_can_focus(state.scroller, FALSE);
     // The page's own margins live inside the column, so that the scroll bar
     // sits at the window's edge and the page scrolls under the header.
     state.contentSlot = PanelColumn::create(PanelPageBuilder::columnWidth);
@@ -212,6 +252,11 @@ PanelWidget::~PanelWidget()
 GtkWidget* PanelWidget::widget() const
 {
     return m_state->root.get();
+}
+
+void PanelWidget::focusPrimary()
+{
+    m_state->focusPrimary();
 }
 
 void PanelWidget::flush()

@@ -42,6 +42,10 @@ public:
     // The top widget; this object holds a reference to it while it lives.
     [[nodiscard]] GtkWidget* widget() const;
 
+    // Gives the keyboard to the page's primary control, as a page just
+    // shown does itself; for a panel moved into another window.
+    void focusPrimary();
+
     // Rebuilds now if a change is waiting for its idle turn; for callers
     // that must draw at once, such as before taking a picture of the panel.
     void flush();

@@ -483,12 +483,19 @@ TEST_F(WaylandDesktop, Onboarding_ByKeyboard_EndsInAPondAndTheSettingsLieOverIt)
     EXPECT_LE(node["rect"]["y"].get<int>() + node["rect"]["height"].get<int>(), 900);
     expectNoWindowLoop("showing the welcome page");
     screenshot("onboarding-welcome");
+    // Return begins at once.
+    GtkWidget* begin = gtk_window_get_focus(GTK_WINDOW(m_window));
+    EXPECT_TRUE(begin != nullptr && GTK_IS_BUTTON(begin) && gtk_widget_get_hexpand(begin)) << "the welcome page's button does not have the keyboard";
 
     std::vector<std::string> chosen;
     bool loginSwitched = false;
     for (int page = 0; page < 30 && !(pondVisible() && panel() == nullptr); ++page) {
         GtkWidget* shown = panel();
         ASSERT_NE(shown, nullptr);
+        // Each page gives the keyboard to one of its controls, never to
+        // something that shows no focus.
+        GtkWidget* focused = gtk_window_get_focus(GTK_WINDOW(m_window));
+        EXPECT_TRUE(focused != nullptr && gtk_widget_is_ancestor(focused, shown) && GTK_IS_BUTTON(focused)) << "page " << page;
         const auto topics = widgets(shown, [](GtkWidget* widget) { return std::string_view(gtk_widget_get_name(widget)).starts_with("topic."); });
         if (!topics.empty()) {
             std::string first = std::string(gtk_widget_get_name(topics.front())).substr(6);
