@@ -630,6 +630,12 @@ void DesktopWindow::addChildWindow(Window& child, WindowOrdering ordering)
     // The window manager keeps a transient window above the one it belongs
     // to: the child, or for a child ordered below, the parent. A panel that
     // lies in its host is above it already.
+    // Joined, the two are one window to the user: the pond's entry in the
+    // taskbar stands for both.
+    for (DesktopWindow* joined : {this, desktop}) {
+        if (joined->m_kind == Kind::panel)
+            gtk_window_set_skip_taskbar_hint(joined->m_window, TRUE);
+    }
     const bool embedding = m_embeddingHost || desktop->m_embeddingHost;
     if (!embedding && ordering == WindowOrdering::above)
         gtk_window_set_transient_for(desktop->m_window, m_window);
@@ -646,6 +652,10 @@ void DesktopWindow::removeChildWindow(Window& child)
         return;
     std::erase_if(m_children, [desktop](const auto& entry) { return entry.first == desktop; });
     desktop->m_parent = nullptr;
+    for (DesktopWindow* parted : {this, desktop}) {
+        if (parted->m_kind == Kind::panel && parted->m_window != nullptr)
+            gtk_window_set_skip_taskbar_hint(parted->m_window, FALSE);
+    }
     if (desktop->m_window != nullptr && gtk_window_get_transient_for(desktop->m_window) == m_window)
         gtk_window_set_transient_for(desktop->m_window, nullptr);
     if (m_window != nullptr && gtk_window_get_transient_for(m_window) == desktop->m_window)

@@ -208,6 +208,7 @@ TEST_F(DesktopWindowSystemTest, ChildWindows_FollowTheirParentUntilRemoved)
     pond->addChildWindow(*panel, WindowOrdering::above);
     EXPECT_EQ(panel->parentWindow(), pond.get());
     EXPECT_EQ(gtk_window_get_transient_for(desktopPanel.gtkWindow()), renderer);
+    EXPECT_TRUE(gtk_window_get_skip_taskbar_hint(desktopPanel.gtkWindow())) << "joined, the pond's taskbar entry stands for both";
     pond->orderFront();
     EXPECT_TRUE(panel->isVisible()) << "shown with its parent";
     ASSERT_TRUE(iterateUntil([&] { return gtk_widget_get_mapped(GTK_WIDGET(desktopPanel.gtkWindow())) && pond->frame() == frame; }));
@@ -227,6 +228,7 @@ TEST_F(DesktopWindowSystemTest, ChildWindows_FollowTheirParentUntilRemoved)
 
     pond->removeChildWindow(*panel);
     EXPECT_EQ(panel->parentWindow(), nullptr);
+    EXPECT_FALSE(gtk_window_get_skip_taskbar_hint(desktopPanel.gtkWindow())) << "alone, the panel has its own entry";
     EXPECT_EQ(gtk_window_get_transient_for(desktopPanel.gtkWindow()), nullptr);
     // A child follows as its parent moves, so a removed one stays where it
     // is, as the window manager may still be working through the moves the
@@ -242,6 +244,7 @@ TEST_F(DesktopWindowSystemTest, ChildWindows_FollowTheirParentUntilRemoved)
     panel->addChildWindow(*pond, WindowOrdering::below);
     EXPECT_EQ(gtk_window_get_transient_for(desktopPanel.gtkWindow()), renderer);
     EXPECT_EQ(gtk_window_get_transient_for(renderer), nullptr);
+    EXPECT_TRUE(gtk_window_get_skip_taskbar_hint(desktopPanel.gtkWindow()));
     panel->orderOut();
     EXPECT_FALSE(pond->isVisible()) << "ordered out with its parent";
     panel->removeChildWindow(*pond);
