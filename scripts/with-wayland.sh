@@ -17,6 +17,7 @@ scratch=$(mktemp -d /tmp/velmora-wayland.XXXXXX)
 chmod 0755 "$scratch"
 pids=""
 
+# shellcheck disable=SC2317 # run by the trap
 finish() {
     for pid in $pids; do
         kill "$pid" 2>/dev/null || true
