@@ -34,11 +34,13 @@ if [ "$(id -u)" -eq 0 ]; then
     if ! id "$user" >/dev/null 2>&1; then
         useradd --system --no-create-home --home-dir /nonexistent --shell /usr/sbin/nologin "$user"
     fi
+    # Always run in the background: the shell's child becomes the program,
+    # so that its process number is the program's.
     as_user() {
-        setpriv --reuid="$user" --regid="$user" --clear-groups --reset-env -- "$@"
+        exec setpriv --reuid="$user" --regid="$user" --clear-groups --reset-env -- "$@"
     }
 else
-    as_user() { "$@"; }
+    as_user() { exec "$@"; }
 fi
 
 home="$scratch/home"
