@@ -204,7 +204,7 @@ protected:
     // A window loop shows as toplevels mapped again and again; one settled
     // state maps none. Watched over a stretch of time, since it is the
     // absence of events that is asserted.
-    void expectNoWindowLoop(const char* after)
+    void expectNoWindowLoop(const char* after) const
     {
         const int before = m_maps;
         (void)iterateUntil([] { return false; }, 3s);
