@@ -26,7 +26,8 @@ Event keyPress(GdkWindow* window, std::uint16_t hardwareKeycode)
     Event event(gdk_event_new(GDK_KEY_PRESS));
     event->key.window = GDK_WINDOW(g_object_ref(window));
     event->key.hardware_keycode = hardwareKeycode;
-    event->key.keyval = GDK_KEY_a;
+    // What a US layout prints on the key; Escape is known by it.
+    event->key.keyval = hardwareKeycode == 9 ? GDK_KEY_Escape : GDK_KEY_a;
     gdk_event_set_device(event.get(), gdk_seat_get_keyboard(gdk_display_get_default_seat(gdk_display_get_default())));
     return event;
 }
