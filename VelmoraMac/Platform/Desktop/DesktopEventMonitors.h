@@ -16,8 +16,8 @@ class Window;
 // The local event monitors of a GTK process: GDK's event handler
 // (gdk_event_handler_set) sees every event of the process's windows before
 // GTK dispatches it. Raw filters see the GdkEvent first (the window system's
-// own clicks, focus tracking); then the event is translated once into the
-// design's event record and shown to the monitors. An event a filter or a
+// own clicks, focus tracking); then the event is translated once into our
+// InputEvent record and shown to the monitors. An event a filter or a
 // monitor consumes is not passed to gtk_main_do_event.
 //
 // Positions in the records are in the coordinates of the event's toplevel

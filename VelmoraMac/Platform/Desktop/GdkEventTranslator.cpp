@@ -9,7 +9,7 @@ namespace {
 
 struct KeyMapping {
     std::uint16_t hardware;
-    std::uint16_t design;
+    std::uint16_t ours;
 };
 
 // X11 key codes are evdev codes plus 8; they name keys by place, not by
@@ -73,7 +73,7 @@ std::uint16_t GdkEventTranslator::keyCode(std::uint16_t hardwareKeycode)
 {
     for (const KeyMapping& mapping : keyTable) {
         if (mapping.hardware == hardwareKeycode)
-            return mapping.design;
+            return mapping.ours;
     }
     return static_cast<std::uint16_t>(otherKeyOffset + hardwareKeycode);
 }
