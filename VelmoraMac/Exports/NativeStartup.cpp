@@ -19,13 +19,10 @@
 #include "VelmoraCore/PracticeState.h"
 #include "VelmoraCore/PracticeStore.h"
 #include "VelmoraMac/ContentCatalog.h"
+#include "VelmoraMac/Host/Gtk/GtkShellViews.h"
 #include "VelmoraMac/Host/MenuBarHost.h"
 #include "VelmoraMac/MacStrings.h"
-#include <gdk/gdk.h>
-
-#include "VelmoraMac/Platform/Desktop/DesktopMainThread.h"
 #include "VelmoraMac/Platform/Desktop/DesktopShellPlatform.h"
-#include "VelmoraMac/Platform/Headless/HeadlessMainThread.h"
 #include "VelmoraMac/Platform/Headless/HeadlessShellPlatform.h"
 #include "VelmoraMac/Platform/MainThread.h"
 #include "VelmoraMac/Platform/ShellPlatform.h"
@@ -74,15 +71,12 @@ std::atomic<MainThread*> startedMainThread{nullptr};
 // from another thread.
 std::mutex platformMutex;
 
-// The desktop platform, built on GTK's thread since GTK is not thread-safe.
-// When another process of ours already runs, it has been asked to come
-// forward and this process ends here, as a second launch of an application
-// does.
+// The desktop platform, drawing the shell with its GTK views. When another
+// process of ours already runs, it has been asked to come forward and this
+// process ends here, as a second launch of an application does.
 std::unique_ptr<ChosenPlatform> newDesktopPlatform()
 {
-    auto mainThread = std::make_shared<DesktopMainThread>();
-    std::shared_ptr<DesktopShellPlatform> desktop;
-    mainThread->runSync([&] { desktop = DesktopShellPlatform::create(mainThread); });
+    const std::shared_ptr<DesktopShellPlatform> desktop = DesktopShellPlatform::create(NotNullShared<GtkShellViews>::make());
     if (!desktop) {
         (void)std::fflush(nullptr);
         // The renderer's exit handlers run, as when the user quits; nothing
@@ -98,17 +92,10 @@ std::unique_ptr<ChosenPlatform> newDesktopPlatform()
 // thread of the library's own, so the renderer need not run a loop.
 std::unique_ptr<ChosenPlatform> newPlatform()
 {
-    // Only reads GDK's default display; a renderer that initialises GTK does
-    // so before it starts the library.
-    if (gdk_display_get_default() != nullptr)
+    if (DesktopShellPlatform::hasDisplay())
         return newDesktopPlatform();
     std::shared_ptr<HeadlessShellPlatform> headless = HeadlessShellPlatform::create();
-    const std::shared_ptr<HeadlessMainThread> mainThread = std::dynamic_pointer_cast<HeadlessMainThread>(headless->platform().mainThread);
-    auto stop = [mainThread] {
-        // It cannot join itself; exiting on it leaves nothing else running.
-        if (mainThread && !mainThread->isMainThread())
-            mainThread->stop();
-    };
+    auto stop = [headless] { headless->stopOwnMainThread(); };
     return std::make_unique<ChosenPlatform>(ChosenPlatform{headless->platform(), headless, nullptr, true, stop, nullptr, nullptr});
 }
 

@@ -18,8 +18,8 @@
 namespace velmora {
 
 // A MainThread whose main thread is the one iterating a GLib main context.
-// The headless implementation owns a context and a thread of its own; the
-// desktop one uses the GTK thread's default context.
+// DedicatedMainThread owns a context and a thread of its own; the desktop's
+// uses the GTK thread's default context.
 //
 // Submitted work is kept in a queue of our own, under our own mutex, and one
 // source on the context runs it. GLib is not built with ThreadSanitizer, so

@@ -23,9 +23,10 @@ void unwatch(GtkWidget** pointer)
 
 } // namespace
 
-DesktopContentView::DesktopContentView(GtkWindow* window, DesktopEventMonitors& monitors)
+DesktopContentView::DesktopContentView(GtkWindow* window, DesktopEventMonitors& monitors, NotNullShared<GtkViewFactory> views)
     : m_window(window)
     , m_monitors(monitors)
+    , m_views(std::move(views))
 {
     g_object_add_weak_pointer(G_OBJECT(window), reinterpret_cast<gpointer*>(&m_window));
 }
@@ -34,8 +35,8 @@ DesktopContentView::~DesktopContentView()
 {
     m_filter.reset();
     if (m_container != nullptr) {
-        for (const auto& overlay : m_overlays)
-            gtk_container_remove(GTK_CONTAINER(m_container), overlay->widget());
+        for (const LaidOverlay& laid : m_overlays)
+            gtk_container_remove(GTK_CONTAINER(m_container), laid.view->widget());
     }
     unwatch(&m_container);
     if (m_window != nullptr)
@@ -89,12 +90,14 @@ void DesktopContentView::addOverlay(std::shared_ptr<OverlayView> overlay)
 {
     if (!overlay || m_window == nullptr)
         return;
+    std::unique_ptr<GtkViewFactory::View> view = m_views->overlayView(overlay);
+    if (!view)
+        return;
     holdOverlayContainer();
     overlay->setSize(bounds().size);
-    auto widget = std::make_unique<ChromeOverlayWidget>(std::move(overlay));
-    gtk_overlay_add_overlay(GTK_OVERLAY(m_container), widget->widget());
-    gtk_overlay_set_overlay_pass_through(GTK_OVERLAY(m_container), widget->widget(), TRUE);
-    m_overlays.push_back(std::move(widget));
+    gtk_overlay_add_overlay(GTK_OVERLAY(m_container), view->widget());
+    gtk_overlay_set_overlay_pass_through(GTK_OVERLAY(m_container), view->widget(), TRUE);
+    m_overlays.push_back(LaidOverlay{std::move(overlay), std::move(view)});
     if (!m_filter)
         m_filter = m_monitors.addEventFilter([this](GdkEvent* event) { return event != nullptr && filter(*event); });
 }
@@ -107,7 +110,7 @@ bool DesktopContentView::isInWindow(GdkWindow* window) const
     return ours != nullptr && gdk_window_get_toplevel(window) == ours;
 }
 
-ChromeOverlayWidget* DesktopContentView::overlayAt(const GdkEventButton& button, Point& local) const
+const DesktopContentView::LaidOverlay* DesktopContentView::overlayAt(const GdkEventButton& button, Point& local) const
 {
     GdkWindow* toplevel = gtk_widget_get_window(GTK_WIDGET(m_window));
     int originX = 0;
@@ -115,16 +118,15 @@ ChromeOverlayWidget* DesktopContentView::overlayAt(const GdkEventButton& button,
     gdk_window_get_origin(toplevel, &originX, &originY);
     // The topmost first: the one added last.
     for (std::size_t index = m_overlays.size(); index-- > 0;) {
-        const auto& overlay = m_overlays[index];
-        const OverlayView& view = *overlay->overlay();
+        const LaidOverlay& laid = m_overlays[index];
         int offsetX = 0;
         int offsetY = 0;
-        if (view.isHidden() || !gtk_widget_translate_coordinates(overlay->widget(), GTK_WIDGET(m_window), 0, 0, &offsetX, &offsetY))
+        if (laid.overlay->isHidden() || !gtk_widget_translate_coordinates(laid.view->widget(), GTK_WIDGET(m_window), 0, 0, &offsetX, &offsetY))
             continue;
         const Point point(button.x_root - originX - offsetX, button.y_root - originY - offsetY);
-        if (view.takesClick(point)) {
+        if (laid.overlay->takesClick(point)) {
             local = point;
-            return overlay.get();
+            return &laid;
         }
     }
     return nullptr;
@@ -145,13 +147,13 @@ bool DesktopContentView::filter(const GdkEvent& event)
     if (button.button != GDK_BUTTON_PRIMARY || !isInWindow(button.window))
         return false;
     Point local;
-    ChromeOverlayWidget* overlay = overlayAt(button, local);
+    const LaidOverlay* overlay = overlayAt(button, local);
     if (event.type != GDK_BUTTON_RELEASE) {
         if (overlay == nullptr)
             return false;
         // A double click reports its second press again, after the first.
         if (event.type == GDK_BUTTON_PRESS)
-            m_pressed = overlay->overlay();
+            m_pressed = overlay->overlay;
         return true;
     }
     if (!m_pressed)
@@ -159,7 +161,7 @@ bool DesktopContentView::filter(const GdkEvent& event)
     // Held: the click may remove the overlay, or this view.
     const std::shared_ptr<OverlayView> pressed = std::exchange(m_pressed, nullptr);
     // Let go elsewhere: the press is cancelled, as a button's is.
-    if (overlay != nullptr && overlay->overlay() == pressed)
+    if (overlay != nullptr && overlay->overlay == pressed)
         pressed->click(local);
     return true;
 }

@@ -5,11 +5,11 @@
 #include <utility>
 
 #include "DBusSignalSubscription.h"
-#include "DesktopWindowSignal.h"
 #include "GuardedCallback.h"
 #include "VelmoraMac/Platform/Desktop/WallClockAlarm.h"
-#include "VelmoraMac/Platform/Headless/HeadlessMainThread.h"
+#include "VelmoraMac/Platform/GLibSignal.h"
 #include "VelmoraMac/Platform/MainThreadStopped.h"
+#include "VelmoraMac/Platform/Process/DedicatedMainThread.h"
 
 namespace velmora {
 
@@ -50,7 +50,7 @@ GVariant* callSync(GDBusConnection* connection, const char* name, const char* pa
 DesktopNotificationCenter::DesktopNotificationCenter(GDBusConnection* sessionBus, FiringTime firingTime)
     : m_connection(Connection::share(sessionBus))
     , m_firingTime(std::move(firingTime))
-    , m_thread(std::make_unique<HeadlessMainThread>())
+    , m_thread(std::make_unique<DedicatedMainThread>())
 {
     if (!m_firingTime)
         m_firingTime = [](const NotificationTrigger& trigger) { return trigger.instant(); };
@@ -130,7 +130,7 @@ void DesktopNotificationCenter::watchGnomeSwitch()
     if (g_settings_schema_has_key(schema, "enable") != FALSE) {
         // Made on the centre's thread, so that its changes are told there.
         m_gnomeSettings = Settings::adopt(g_settings_new_full(schema, nullptr, gnomeSettingsPath));
-        m_gnomeSwitchChanged = std::make_unique<DesktopWindowSignal>(m_gnomeSettings.get(), "changed::enable", G_CALLBACK(&DesktopNotificationCenter::gnomeSwitchChanged), this);
+        m_gnomeSwitchChanged = std::make_unique<GLibSignal>(m_gnomeSettings.get(), "changed::enable", G_CALLBACK(&DesktopNotificationCenter::gnomeSwitchChanged), this);
         m_gnomeAllows = g_settings_get_boolean(m_gnomeSettings.get(), "enable") != FALSE;
     }
     g_settings_schema_unref(schema);

@@ -12,15 +12,15 @@
 
 #include <gio/gio.h>
 
-#include "NotNullShared.h"
 #include "VelmoraMac/Platform/GLibPointer.h"
+#include "VelmoraMac/Platform/NotNullShared.h"
 #include "VelmoraMac/Platform/NotificationCenter.h"
 
 namespace velmora {
 
 class DBusSignalSubscription;
-class DesktopWindowSignal;
-class HeadlessMainThread;
+class GLibSignal;
+class DedicatedMainThread;
 class WallClockAlarm;
 
 // The reminders of a Linux desktop, shown by the session's notification
@@ -148,7 +148,7 @@ private:
     bool m_gnomeAllows = true;
     // GNOME's switch, where its schema is installed.
     Settings m_gnomeSettings;
-    std::unique_ptr<DesktopWindowSignal> m_gnomeSwitchChanged;
+    std::unique_ptr<GLibSignal> m_gnomeSwitchChanged;
     std::vector<Pending> m_pending;
     std::uint64_t m_nextOrder = 0;
     // Our notifications on screen: the server's id, the request's identifier.
@@ -161,7 +161,7 @@ private:
     bool m_clicking = false;
 
     // Last: it starts once everything above is ready, and goes first.
-    std::unique_ptr<HeadlessMainThread> m_thread;
+    std::unique_ptr<DedicatedMainThread> m_thread;
 };
 
 } // namespace velmora

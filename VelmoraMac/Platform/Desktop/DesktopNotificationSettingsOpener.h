@@ -6,8 +6,8 @@
 #include <string_view>
 #include <vector>
 
-#include "NotNullShared.h"
 #include "VelmoraMac/Platform/DiagnosticLog.h"
+#include "VelmoraMac/Platform/NotNullShared.h"
 #include "VelmoraMac/Platform/NotificationSettingsOpener.h"
 
 namespace velmora {

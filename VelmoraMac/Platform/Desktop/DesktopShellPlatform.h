@@ -2,11 +2,11 @@
 
 #include <memory>
 
+#include "VelmoraMac/Platform/GtkViewFactory.h"
 #include "VelmoraMac/Platform/ShellPlatform.h"
 
 namespace velmora {
 
-class DesktopApplication;
 class DesktopSystemEvents;
 
 // The platform of a process that runs GTK 3 with a display: every service
@@ -20,10 +20,17 @@ class DesktopSystemEvents;
 // the platform's main thread.
 class DesktopShellPlatform {
 public:
+    // Whether this process has initialised GTK with a display: then this
+    // platform serves it. Only reads GDK's default display; a renderer that
+    // initialises GTK does so before it starts the library. Any thread.
+    [[nodiscard]] static bool hasDisplay();
+
+    // Builds the platform on GTK's thread, whichever thread calls, with
+    // `views` drawing the shell's content and overlays in its windows.
     // Claims the session's single instance first: when another process of
     // ours runs, it is asked to come forward and this returns null, for the
     // caller to end the process.
-    static std::shared_ptr<DesktopShellPlatform> create(std::shared_ptr<MainThread> mainThread);
+    static std::shared_ptr<DesktopShellPlatform> create(NotNullShared<GtkViewFactory> views);
 
     DesktopShellPlatform(const DesktopShellPlatform&) = delete;
     DesktopShellPlatform& operator=(const DesktopShellPlatform&) = delete;
@@ -34,7 +41,7 @@ public:
     [[nodiscard]] const ShellPlatform& platform() const { return m_platform; }
 
 private:
-    DesktopShellPlatform() = default;
+    DesktopShellPlatform(ShellPlatform platform, std::shared_ptr<DesktopSystemEvents> systemEvents);
 
     ShellPlatform m_platform;
     // Not a service of the shell's: it only posts to the hub, for as long as

@@ -4,8 +4,8 @@
 
 #include <gio/gio.h>
 
-#include "NotNullShared.h"
 #include "VelmoraMac/Platform/GLibPointer.h"
+#include "VelmoraMac/Platform/NotNullShared.h"
 #include "VelmoraMac/Platform/StatusBar.h"
 
 namespace velmora {

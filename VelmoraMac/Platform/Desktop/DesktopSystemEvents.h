@@ -5,8 +5,8 @@
 
 #include <gio/gio.h>
 
-#include "NotNullShared.h"
 #include "VelmoraMac/Platform/GLibPointer.h"
+#include "VelmoraMac/Platform/NotNullShared.h"
 #include "VelmoraMac/Platform/SystemNotificationHub.h"
 
 namespace velmora {

@@ -14,8 +14,6 @@
 
 #include "DesktopContentView.h"
 #include "DesktopWindowCoordinates.h"
-#include "PanelWidget.h"
-#include "VelmoraMac/Panel/PanelContent.h"
 #include "VelmoraMac/Platform/SystemNotificationHub.h"
 
 namespace velmora {
@@ -55,12 +53,13 @@ bool maximizingIsTheWindowManagers(GtkWindow* window)
 
 } // namespace
 
-DesktopWindow::DesktopWindow(Kind kind, GtkWindow* window, std::shared_ptr<SystemNotificationHub> notifications, DesktopEventMonitors& monitors)
+DesktopWindow::DesktopWindow(Kind kind, GtkWindow* window, std::shared_ptr<SystemNotificationHub> notifications, DesktopEventMonitors& monitors, NotNullShared<GtkViewFactory> views)
     : m_kind(kind)
     , m_ownedWindow(kind == Kind::panel ? WindowPointer::share(window) : WindowPointer())
     , m_window(window)
     , m_notifications(std::move(notifications))
     , m_monitors(monitors)
+    , m_views(std::move(views))
 {
     g_object_add_weak_pointer(G_OBJECT(m_window), reinterpret_cast<gpointer*>(&m_window));
     m_attributes.title = gtk_window_get_title(m_window) != nullptr ? gtk_window_get_title(m_window) : "";
@@ -98,8 +97,8 @@ DesktopWindow::~DesktopWindow()
         g_object_remove_weak_pointer(G_OBJECT(window), reinterpret_cast<gpointer*>(&m_window));
         m_window = nullptr;
         if (m_kind == Kind::panel) {
-            if (m_panelWidget)
-                gtk_container_remove(GTK_CONTAINER(window), m_panelWidget->widget());
+            if (m_contentWidget)
+                gtk_container_remove(GTK_CONTAINER(window), m_contentWidget->widget());
             gtk_widget_destroy(GTK_WIDGET(window));
         }
     }
@@ -107,9 +106,9 @@ DesktopWindow::~DesktopWindow()
 
 void DesktopWindow::connect()
 {
-    using When = DesktopWindowSignal::When;
+    using When = GLibSignal::When;
     const auto add = [this](const char* signal, GCallback callback, When when = When::beforeDefault) {
-        m_signals.push_back(std::make_unique<DesktopWindowSignal>(m_window, signal, callback, this, when));
+        m_signals.push_back(std::make_unique<GLibSignal>(m_window, signal, callback, this, when));
     };
     add("delete-event", G_CALLBACK(&DesktopWindow::deleted));
     add("window-state-event", G_CALLBACK(&DesktopWindow::stateChanged));
@@ -149,7 +148,7 @@ ContentView* DesktopWindow::contentView()
     if (m_window == nullptr)
         return m_contentView.get();
     if (!m_contentView && (m_kind == Kind::panel || gtk_bin_get_child(GTK_BIN(m_window)) != nullptr))
-        m_contentView = std::make_unique<DesktopContentView>(m_window, m_monitors);
+        m_contentView = std::make_unique<DesktopContentView>(m_window, m_monitors, m_views);
     return m_contentView.get();
 }
 
@@ -161,15 +160,16 @@ void DesktopWindow::setContent(std::shared_ptr<WindowContent> content)
     const bool wasOnScreen = onScreen();
     const bool wasEmbedded = m_embeddedIn != nullptr;
     leaveHost();
-    if (m_panelWidget) {
-        gtk_container_remove(GTK_CONTAINER(m_window), m_panelWidget->widget());
-        m_panelWidget.reset();
+    if (m_contentWidget) {
+        gtk_container_remove(GTK_CONTAINER(m_window), m_contentWidget->widget());
+        m_contentWidget.reset();
     }
     m_content = std::move(content);
-    if (auto panel = std::dynamic_pointer_cast<PanelContent>(m_content)) {
-        m_panelWidget = std::make_unique<PanelWidget>(std::move(panel));
-        gtk_container_add(GTK_CONTAINER(m_window), m_panelWidget->widget());
-        gtk_widget_show(m_panelWidget->widget());
+    if (m_content)
+        m_contentWidget = m_views->contentView(m_content);
+    if (m_contentWidget) {
+        gtk_container_add(GTK_CONTAINER(m_window), m_contentWidget->widget());
+        gtk_widget_show(m_contentWidget->widget());
     }
     if (wasEmbedded)
         embed();
@@ -198,7 +198,7 @@ void DesktopWindow::setEmbeddingHost(EmbeddingHost host)
 bool DesktopWindow::embed()
 {
     DesktopWindow* host = m_embeddingHost ? m_embeddingHost() : nullptr;
-    if (host == nullptr || host == this || host->m_window == nullptr || m_window == nullptr || !m_panelWidget)
+    if (host == nullptr || host == this || host->m_window == nullptr || m_window == nullptr || !m_contentWidget)
         return false;
     if (m_embeddedIn == host)
         return true;
@@ -209,7 +209,7 @@ bool DesktopWindow::embed()
     GtkWidget* container = view != nullptr ? view->overlayContainer() : nullptr;
     if (container == nullptr)
         return false;
-    GtkWidget* widget = m_panelWidget->widget();
+    GtkWidget* widget = m_contentWidget->widget();
     gtk_container_remove(GTK_CONTAINER(m_window), widget);
     gtk_overlay_add_overlay(GTK_OVERLAY(container), widget);
     gtk_widget_show(widget);
@@ -218,7 +218,7 @@ bool DesktopWindow::embed()
     host->applyMouseEvents();
     // The renderer's drawing area held the keyboard; the page's primary
     // control takes it, as it would in a window of its own.
-    m_panelWidget->focusPrimary();
+    m_contentWidget->focusPrimary();
     return true;
 }
 
@@ -228,8 +228,8 @@ void DesktopWindow::leaveHost()
     if (host == nullptr)
         return;
     host->m_embeddedPanel = nullptr;
-    if (m_panelWidget) {
-        GtkWidget* widget = m_panelWidget->widget();
+    if (m_contentWidget) {
+        GtkWidget* widget = m_contentWidget->widget();
         // The panel's widget holds its own reference across the move.
         if (GtkWidget* parent = gtk_widget_get_parent(widget))
             gtk_container_remove(GTK_CONTAINER(parent), widget);
@@ -576,7 +576,7 @@ gboolean DesktopWindow::patienceEnded(GSource* source, GSourceFunc /*callback*/,
         if (window->m_transition)
             window->finishFullScreen();
     } catch (...) {
-        DesktopWindowSignal::reportFailure("ending a full-screen transition");
+        GLibSignal::reportFailure("ending a full-screen transition");
     }
     return G_SOURCE_REMOVE;
 }
@@ -680,7 +680,7 @@ gboolean DesktopWindow::deleted(GtkWidget* /*widget*/, GdkEvent* /*event*/, gpoi
             return TRUE;
         }
     } catch (...) {
-        DesktopWindowSignal::reportFailure("closing a window");
+        GLibSignal::reportFailure("closing a window");
         return TRUE;
     }
     return FALSE;
@@ -691,7 +691,7 @@ gboolean DesktopWindow::stateChanged(GtkWidget* /*widget*/, GdkEventWindowState*
     try {
         static_cast<DesktopWindow*>(self)->onStateChanged(event->changed_mask, event->new_window_state);
     } catch (...) {
-        DesktopWindowSignal::reportFailure("following a window's state");
+        GLibSignal::reportFailure("following a window's state");
     }
     return FALSE;
 }
@@ -701,7 +701,7 @@ gboolean DesktopWindow::configured(GtkWidget* /*widget*/, GdkEventConfigure* eve
     try {
         static_cast<DesktopWindow*>(self)->onConfigured(*event);
     } catch (...) {
-        DesktopWindowSignal::reportFailure("following a window's frame");
+        GLibSignal::reportFailure("following a window's frame");
     }
     return FALSE;
 }
@@ -716,7 +716,7 @@ gboolean DesktopWindow::mapped(GtkWidget* /*widget*/, GdkEvent* /*event*/, gpoin
         if (window->m_embeddedPanel != nullptr)
             window->m_embeddedPanel->appearIfNew(wasOnScreen);
     } catch (...) {
-        DesktopWindowSignal::reportFailure("showing a window's content");
+        GLibSignal::reportFailure("showing a window's content");
     }
     return FALSE;
 }
@@ -739,7 +739,7 @@ void DesktopWindow::activeChanged(GObject* /*object*/, GParamSpec* /*property*/,
         if (resigned)
             window->post(SystemNotification::windowDidResignKey);
     } catch (...) {
-        DesktopWindowSignal::reportFailure("following the keyboard focus");
+        GLibSignal::reportFailure("following the keyboard focus");
     }
 }
 

@@ -11,8 +11,10 @@
 
 #include <gtk/gtk.h>
 
-#include "DesktopWindowSignal.h"
 #include "VelmoraMac/Platform/GLibPointer.h"
+#include "VelmoraMac/Platform/GLibSignal.h"
+#include "VelmoraMac/Platform/GtkViewFactory.h"
+#include "VelmoraMac/Platform/NotNullShared.h"
 #include "VelmoraMac/Platform/SystemNotification.h"
 #include "VelmoraMac/Platform/Window.h"
 
@@ -20,7 +22,6 @@ namespace velmora {
 
 class DesktopContentView;
 class DesktopEventMonitors;
-class PanelWidget;
 class SystemNotificationHub;
 
 // A GTK toplevel as the shell's Window: the renderer's, adopted and
@@ -56,6 +57,9 @@ class SystemNotificationHub;
 // hiding single buttons, moving by the background, collection behaviour,
 // hiding on deactivation) are kept and reported but change nothing.
 //
+// A panel shows its content in the widget the shell's view factory makes
+// for it; content the factory does not draw leaves the panel empty.
+//
 // Children follow their parent's frame (configure-event) and are ordered
 // in and out with it; transient-for keeps them above it, or keeps the
 // parent above a child ordered below.
@@ -81,7 +85,7 @@ public:
 
     static constexpr std::chrono::milliseconds fullScreenPatience{2000};
 
-    DesktopWindow(Kind kind, GtkWindow* window, std::shared_ptr<SystemNotificationHub> notifications, DesktopEventMonitors& monitors);
+    DesktopWindow(Kind kind, GtkWindow* window, std::shared_ptr<SystemNotificationHub> notifications, DesktopEventMonitors& monitors, NotNullShared<GtkViewFactory> views);
     DesktopWindow(const DesktopWindow&) = delete;
     DesktopWindow& operator=(const DesktopWindow&) = delete;
     DesktopWindow(DesktopWindow&&) = delete;
@@ -167,6 +171,7 @@ private:
     GtkWindow* m_window;
     std::shared_ptr<SystemNotificationHub> m_notifications;
     DesktopEventMonitors& m_monitors;
+    NotNullShared<GtkViewFactory> m_views;
     WindowAttributes m_attributes;
     std::map<WindowButton, Action> m_buttonActions;
     Rect m_frame;
@@ -184,7 +189,7 @@ private:
     std::uint64_t m_frontOrder = 0;
     SourcePointer m_patience;
     std::shared_ptr<WindowContent> m_content;
-    std::unique_ptr<PanelWidget> m_panelWidget;
+    std::unique_ptr<GtkViewFactory::View> m_contentWidget;
     std::unique_ptr<DesktopContentView> m_contentView;
     DesktopWindow* m_parent = nullptr;
     EmbeddingHost m_embeddingHost;
@@ -193,7 +198,7 @@ private:
     DesktopWindow* m_embeddedPanel = nullptr;
     std::vector<std::pair<DesktopWindow*, WindowOrdering>> m_children;
     // Last: disconnected before anything above goes.
-    std::vector<std::unique_ptr<DesktopWindowSignal>> m_signals;
+    std::vector<std::unique_ptr<GLibSignal>> m_signals;
 };
 
 } // namespace velmora

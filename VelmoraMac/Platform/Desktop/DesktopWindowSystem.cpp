@@ -12,13 +12,14 @@
 
 namespace velmora {
 
-DesktopWindowSystem::DesktopWindowSystem(std::shared_ptr<SystemNotificationHub> notifications, DesktopEventMonitors& monitors)
+DesktopWindowSystem::DesktopWindowSystem(std::shared_ptr<SystemNotificationHub> notifications, DesktopEventMonitors& monitors, NotNullShared<GtkViewFactory> views)
     : m_notifications(std::move(notifications))
     , m_monitors(monitors)
+    , m_views(std::move(views))
 {
     if (GdkScreen* screen = gdk_screen_get_default()) {
-        m_signals.push_back(std::make_unique<DesktopWindowSignal>(screen, "monitors-changed", G_CALLBACK(&DesktopWindowSystem::screenChanged), this));
-        m_signals.push_back(std::make_unique<DesktopWindowSignal>(screen, "size-changed", G_CALLBACK(&DesktopWindowSystem::screenChanged), this));
+        m_signals.push_back(std::make_unique<GLibSignal>(screen, "monitors-changed", G_CALLBACK(&DesktopWindowSystem::screenChanged), this));
+        m_signals.push_back(std::make_unique<GLibSignal>(screen, "size-changed", G_CALLBACK(&DesktopWindowSystem::screenChanged), this));
     }
     m_monitors.setWindowLookup([this](GdkWindow* toplevel) { return windowFor(toplevel); });
 }
@@ -37,7 +38,7 @@ void DesktopWindowSystem::screenChanged(GdkScreen* /*screen*/, gpointer self)
     try {
         static_cast<DesktopWindowSystem*>(self)->m_notifications->post(SystemNotification::applicationDidChangeScreenParameters);
     } catch (...) {
-        DesktopWindowSignal::reportFailure("following the screens");
+        GLibSignal::reportFailure("following the screens");
     }
 }
 
@@ -57,7 +58,7 @@ void DesktopWindowSystem::adoptRendererWindow() const
         // Menus, tooltips and other pop-ups are toplevels too.
         if (gtk_window_get_window_type(window) != GTK_WINDOW_TOPLEVEL || isPanel(window) || gtk_bin_get_child(GTK_BIN(window)) == nullptr)
             continue;
-        m_adopted = std::make_shared<DesktopWindow>(DesktopWindow::Kind::adopted, window, m_notifications, m_monitors);
+        m_adopted = std::make_shared<DesktopWindow>(DesktopWindow::Kind::adopted, window, m_notifications, m_monitors, m_views);
         break;
     }
     g_list_free(toplevels);
@@ -112,7 +113,7 @@ std::shared_ptr<Window> DesktopWindowSystem::createPanel(const Rect& frame, cons
     const GdkRectangle global = DesktopWindowCoordinates::toGlobal(frame, gdk_screen_get_display(screen));
     gtk_window_set_default_size(GTK_WINDOW(widget), std::max(1, global.width), std::max(1, global.height));
     gtk_window_move(GTK_WINDOW(widget), global.x, global.y);
-    auto panel = std::make_shared<DesktopWindow>(DesktopWindow::Kind::panel, GTK_WINDOW(widget), m_notifications, m_monitors);
+    auto panel = std::make_shared<DesktopWindow>(DesktopWindow::Kind::panel, GTK_WINDOW(widget), m_notifications, m_monitors, m_views);
 #ifdef GDK_WINDOWING_WAYLAND
     // The compositor would place a panel of its own anywhere, at any size:
     // it lies in the renderer's window instead.

@@ -7,7 +7,7 @@
 #include <gtk/gtk.h>
 
 #include "DesktopWindow.h"
-#include "DesktopWindowSignal.h"
+#include "VelmoraMac/Platform/GLibSignal.h"
 #include "VelmoraMac/Platform/WindowSystem.h"
 
 namespace velmora {
@@ -34,10 +34,12 @@ class SystemNotificationHub;
 // Panels get an RGBA visual when the screen is composited, so that their
 // clear background shows what lies beneath; without a compositor (a bare X
 // server) they are opaque.
+// What panels show and what is drawn over the renderer's window is drawn by
+// the widgets of the shell's view factory.
 // Main thread only (GTK's), and only once GTK is initialised.
 class DesktopWindowSystem final : public WindowSystem {
 public:
-    DesktopWindowSystem(std::shared_ptr<SystemNotificationHub> notifications, DesktopEventMonitors& monitors);
+    DesktopWindowSystem(std::shared_ptr<SystemNotificationHub> notifications, DesktopEventMonitors& monitors, NotNullShared<GtkViewFactory> views);
     DesktopWindowSystem(const DesktopWindowSystem&) = delete;
     DesktopWindowSystem& operator=(const DesktopWindowSystem&) = delete;
     DesktopWindowSystem(DesktopWindowSystem&&) = delete;
@@ -64,11 +66,12 @@ private:
 
     std::shared_ptr<SystemNotificationHub> m_notifications;
     DesktopEventMonitors& m_monitors;
+    NotNullShared<GtkViewFactory> m_views;
     // Adopted on demand, from the const windows().
     mutable std::shared_ptr<DesktopWindow> m_adopted;
     std::vector<std::shared_ptr<DesktopWindow>> m_panels;
     // Last: disconnected first.
-    std::vector<std::unique_ptr<DesktopWindowSignal>> m_signals;
+    std::vector<std::unique_ptr<GLibSignal>> m_signals;
 };
 
 } // namespace velmora

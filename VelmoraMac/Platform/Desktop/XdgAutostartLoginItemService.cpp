@@ -4,12 +4,12 @@
 #include <utility>
 
 #include "AutostartEntry.h"
-#include "DesktopWindowSignal.h"
 #include "DetachedCommand.h"
 #include "GuardedCallback.h"
 #include "LoginLaunchMarker.h"
 #include "UnavailableLoginItemService.h"
 #include "VelmoraCore/DurableFile.h"
+#include "VelmoraMac/Platform/GLibSignal.h"
 #include "VelmoraMac/Platform/LoginItemError.h"
 #include "VelmoraMac/Platform/XdgBaseDirectory.h"
 
@@ -96,7 +96,7 @@ void XdgAutostartLoginItemService::watchFolder()
         g_error_free(error);
         return;
     }
-    m_folderChanged = std::make_unique<DesktopWindowSignal>(m_monitor.get(), "changed", G_CALLBACK(&XdgAutostartLoginItemService::folderChanged), this);
+    m_folderChanged = std::make_unique<GLibSignal>(m_monitor.get(), "changed", G_CALLBACK(&XdgAutostartLoginItemService::folderChanged), this);
 }
 
 bool XdgAutostartLoginItemService::concernsEntry(GFile* file) const

@@ -10,13 +10,13 @@
 
 #include <gio/gio.h>
 
-#include "NotNullShared.h"
 #include "VelmoraMac/Platform/GLibPointer.h"
 #include "VelmoraMac/Platform/LoginItemService.h"
+#include "VelmoraMac/Platform/NotNullShared.h"
 
 namespace velmora {
 
-class DesktopWindowSignal;
+class GLibSignal;
 
 // Launch at login on a Linux desktop: an XDG autostart entry in the user's
 // configuration folder that starts this program with the login marker
@@ -99,7 +99,7 @@ private:
     LoginItemStatus m_status = LoginItemStatus::notRegistered;
     FileMonitor m_monitor;
     // After the monitor, so that it is disconnected before the monitor goes.
-    std::unique_ptr<DesktopWindowSignal> m_folderChanged;
+    std::unique_ptr<GLibSignal> m_folderChanged;
 };
 
 } // namespace velmora

@@ -6,61 +6,73 @@
 
 #include "HeadlessApplication.h"
 #include "HeadlessDiagnosticLog.h"
-#include "VelmoraMac/Platform/EventMonitorChain.h"
 #include "HeadlessLoginItemService.h"
-#include "HeadlessMainThread.h"
 #include "HeadlessNotificationCenter.h"
 #include "HeadlessNotificationSettingsOpener.h"
 #include "HeadlessPowerAssertionRegistry.h"
 #include "HeadlessStatusBar.h"
-#include "VelmoraMac/Platform/SystemNotificationHub.h"
 #include "HeadlessUrlOpener.h"
 #include "HeadlessWindowSystem.h"
-#include "ProcessDiagnosticLog.h"
-#include "ProcessSystemEnvironment.h"
+#include "VelmoraMac/Platform/EventMonitorChain.h"
+#include "VelmoraMac/Platform/Process/DedicatedMainThread.h"
+#include "VelmoraMac/Platform/Process/ProcessDiagnosticLog.h"
+#include "VelmoraMac/Platform/Process/ProcessSystemEnvironment.h"
+#include "VelmoraMac/Platform/SystemNotificationHub.h"
 
 namespace velmora {
 
 std::shared_ptr<HeadlessShellPlatform> HeadlessShellPlatform::create()
 {
-    auto mainThread = std::make_shared<HeadlessMainThread>();
-    return std::shared_ptr<HeadlessShellPlatform>(new HeadlessShellPlatform(std::move(mainThread), std::make_shared<ProcessSystemEnvironment>(), std::make_shared<ProcessDiagnosticLog>()));
+    auto mainThread = NotNullShared<DedicatedMainThread>::make();
+    std::shared_ptr<HeadlessShellPlatform> platform(new HeadlessShellPlatform(mainThread, NotNullShared<ProcessSystemEnvironment>::make(), NotNullShared<ProcessDiagnosticLog>::make()));
+    platform->m_ownMainThread = mainThread.shared();
+    return platform;
 }
 
 std::shared_ptr<HeadlessShellPlatform> HeadlessShellPlatform::create(std::shared_ptr<MainThread> mainThread, std::shared_ptr<SystemEnvironment> systemEnvironment)
 {
-    auto log = std::make_shared<HeadlessDiagnosticLog>();
-    auto platform = std::shared_ptr<HeadlessShellPlatform>(new HeadlessShellPlatform(std::move(mainThread), std::move(systemEnvironment), log));
-    platform->m_recordedLog = std::move(log);
+    auto log = NotNullShared<HeadlessDiagnosticLog>::make();
+    std::shared_ptr<HeadlessShellPlatform> platform(new HeadlessShellPlatform(
+        NotNullShared<MainThread>::checked(std::move(mainThread), "the main thread"),
+        NotNullShared<SystemEnvironment>::checked(std::move(systemEnvironment), "the system environment"),
+        log));
+    platform->m_recordedLog = log.shared();
     return platform;
 }
 
-HeadlessShellPlatform::HeadlessShellPlatform(std::shared_ptr<MainThread> mainThread, std::shared_ptr<SystemEnvironment> systemEnvironment, std::shared_ptr<DiagnosticLog> log)
-    : m_systemNotifications(std::make_shared<SystemNotificationHub>())
-    , m_notificationCenter(std::make_shared<HeadlessNotificationCenter>(systemEnvironment->now()))
-    , m_notificationSettingsOpener(std::make_shared<HeadlessNotificationSettingsOpener>())
-    , m_loginItemService(std::make_shared<HeadlessLoginItemService>())
-    , m_powerAssertions(std::make_shared<HeadlessPowerAssertionRegistry>())
-    , m_urlOpener(std::make_shared<HeadlessUrlOpener>())
+HeadlessShellPlatform::HeadlessShellPlatform(NotNullShared<MainThread> mainThread, NotNullShared<SystemEnvironment> systemEnvironment, NotNullShared<DiagnosticLog> log)
+    : m_systemNotifications(NotNullShared<SystemNotificationHub>::make())
+    , m_application(NotNullShared<HeadlessApplication>::make(m_systemNotifications.shared(), static_cast<std::int32_t>(::getpid())))
+    , m_windowSystem(NotNullShared<HeadlessWindowSystem>::make(mainThread.shared(), m_systemNotifications.shared()))
+    , m_statusBar(NotNullShared<HeadlessStatusBar>::make())
+    , m_eventMonitors(NotNullShared<EventMonitorChain>::make())
+    , m_notificationCenter(NotNullShared<HeadlessNotificationCenter>::make(systemEnvironment->now()))
+    , m_notificationSettingsOpener(NotNullShared<HeadlessNotificationSettingsOpener>::make())
+    , m_loginItemService(NotNullShared<HeadlessLoginItemService>::make())
+    , m_powerAssertions(NotNullShared<HeadlessPowerAssertionRegistry>::make())
+    , m_urlOpener(NotNullShared<HeadlessUrlOpener>::make())
+    , m_platform{
+          .mainThread = mainThread,
+          .systemEnvironment = systemEnvironment,
+          .notificationCenter = m_notificationCenter,
+          .notificationSettingsOpener = m_notificationSettingsOpener,
+          .loginItemService = m_loginItemService,
+          .powerAssertions = m_powerAssertions,
+          .diagnosticLog = log,
+          .application = m_application,
+          .windowSystem = m_windowSystem,
+          .statusBar = m_statusBar,
+          .eventMonitors = m_eventMonitors,
+          .systemNotifications = m_systemNotifications,
+          .urlOpener = m_urlOpener,
+      }
 {
-    m_application = std::make_shared<HeadlessApplication>(m_systemNotifications, static_cast<std::int32_t>(::getpid()));
-    m_windowSystem = std::make_shared<HeadlessWindowSystem>(mainThread, m_systemNotifications);
-    m_statusBar = std::make_shared<HeadlessStatusBar>();
-    m_eventMonitors = std::make_shared<EventMonitorChain>();
+}
 
-    m_platform.mainThread = std::move(mainThread);
-    m_platform.systemEnvironment = std::move(systemEnvironment);
-    m_platform.notificationCenter = m_notificationCenter;
-    m_platform.notificationSettingsOpener = m_notificationSettingsOpener;
-    m_platform.loginItemService = m_loginItemService;
-    m_platform.powerAssertions = m_powerAssertions;
-    m_platform.diagnosticLog = std::move(log);
-    m_platform.application = m_application;
-    m_platform.windowSystem = m_windowSystem;
-    m_platform.statusBar = m_statusBar;
-    m_platform.eventMonitors = m_eventMonitors;
-    m_platform.systemNotifications = m_systemNotifications;
-    m_platform.urlOpener = m_urlOpener;
+void HeadlessShellPlatform::stopOwnMainThread() const
+{
+    if (m_ownMainThread && !m_ownMainThread->isMainThread())
+        m_ownMainThread->stop();
 }
 
 HeadlessShellPlatform::~HeadlessShellPlatform() = default;

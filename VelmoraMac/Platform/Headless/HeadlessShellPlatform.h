@@ -6,6 +6,7 @@
 
 namespace velmora {
 
+class DedicatedMainThread;
 class HeadlessApplication;
 class HeadlessDiagnosticLog;
 class EventMonitorChain;
@@ -25,12 +26,13 @@ class HeadlessWindowSystem;
 // system through them while the shell sees only platform().
 class HeadlessShellPlatform {
 public:
-    // For a process: a main thread of its own (HeadlessMainThread), the
+    // For a process: a main thread of its own (DedicatedMainThread), the
     // process's real time, time zone and languages, and a log on standard
     // error.
     static std::shared_ptr<HeadlessShellPlatform> create();
     // For a test: the main thread and the environment it drives, and a log
-    // it can read (recordedLog()).
+    // it can read (recordedLog()). Throws std::invalid_argument for a
+    // missing one.
     static std::shared_ptr<HeadlessShellPlatform> create(std::shared_ptr<MainThread> mainThread, std::shared_ptr<SystemEnvironment> systemEnvironment);
 
     HeadlessShellPlatform(const HeadlessShellPlatform&) = delete;
@@ -55,21 +57,29 @@ public:
     // writes to standard error.
     [[nodiscard]] HeadlessDiagnosticLog* recordedLog() const { return m_recordedLog.get(); }
 
-private:
-    HeadlessShellPlatform(std::shared_ptr<MainThread> mainThread, std::shared_ptr<SystemEnvironment> systemEnvironment, std::shared_ptr<DiagnosticLog> log);
+    // For the exit of a process: the main thread create() started finishes
+    // its work and stops. Nothing for a test's main thread, nor when called
+    // on the main thread itself, which cannot join itself (exiting there
+    // leaves nothing else running).
+    void stopOwnMainThread() const;
 
+private:
+    HeadlessShellPlatform(NotNullShared<MainThread> mainThread, NotNullShared<SystemEnvironment> systemEnvironment, NotNullShared<DiagnosticLog> log);
+
+    NotNullShared<SystemNotificationHub> m_systemNotifications;
+    NotNullShared<HeadlessApplication> m_application;
+    NotNullShared<HeadlessWindowSystem> m_windowSystem;
+    NotNullShared<HeadlessStatusBar> m_statusBar;
+    NotNullShared<EventMonitorChain> m_eventMonitors;
+    NotNullShared<HeadlessNotificationCenter> m_notificationCenter;
+    NotNullShared<HeadlessNotificationSettingsOpener> m_notificationSettingsOpener;
+    NotNullShared<HeadlessLoginItemService> m_loginItemService;
+    NotNullShared<HeadlessPowerAssertionRegistry> m_powerAssertions;
+    NotNullShared<HeadlessUrlOpener> m_urlOpener;
+    // After the services above, which it shares.
     ShellPlatform m_platform;
-    std::shared_ptr<HeadlessApplication> m_application;
-    std::shared_ptr<HeadlessWindowSystem> m_windowSystem;
-    std::shared_ptr<HeadlessStatusBar> m_statusBar;
-    std::shared_ptr<EventMonitorChain> m_eventMonitors;
-    std::shared_ptr<SystemNotificationHub> m_systemNotifications;
-    std::shared_ptr<HeadlessNotificationCenter> m_notificationCenter;
-    std::shared_ptr<HeadlessNotificationSettingsOpener> m_notificationSettingsOpener;
-    std::shared_ptr<HeadlessLoginItemService> m_loginItemService;
-    std::shared_ptr<HeadlessPowerAssertionRegistry> m_powerAssertions;
-    std::shared_ptr<HeadlessUrlOpener> m_urlOpener;
     std::shared_ptr<HeadlessDiagnosticLog> m_recordedLog;
+    std::shared_ptr<DedicatedMainThread> m_ownMainThread;
 };
 
 } // namespace velmora

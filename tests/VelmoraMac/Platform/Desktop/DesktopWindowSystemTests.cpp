@@ -10,8 +10,8 @@
 
 #include "DesktopSession.h"
 #include "VelmoraMac/ContentCatalog.h"
+#include "VelmoraMac/Host/Gtk/GtkShellViews.h"
 #include "VelmoraMac/Host/PondChromeView.h"
-#include "VelmoraMac/Platform/Desktop/DesktopContentView.h"
 #include "VelmoraMac/Platform/Desktop/DesktopEventMonitors.h"
 #include "VelmoraMac/Platform/Desktop/DesktopWindow.h"
 #include "VelmoraMac/Platform/Desktop/DesktopWindowSystem.h"
@@ -77,7 +77,7 @@ protected:
         if (gtk_init_check(nullptr, nullptr) == FALSE)
             GTEST_SKIP() << "no display";
         m_monitors = std::make_unique<DesktopEventMonitors>();
-        m_system = std::make_unique<DesktopWindowSystem>(m_notifications, *m_monitors);
+        m_system = std::make_unique<DesktopWindowSystem>(m_notifications, *m_monitors, NotNullShared<GtkShellViews>::make());
     }
 
     // A window the way a renderer makes one: a toplevel with a drawing

@@ -8,20 +8,21 @@
 
 namespace velmora {
 
-// The main thread of a process without a desktop: a thread of its own,
-// iterating a GLib main context of its own, which is also that thread's
-// thread-default context (GLib's asynchronous calls made there answer
-// there).
-class HeadlessMainThread final : public GLibMainThread {
+// A main thread of our own: a thread iterating a GLib main context of its
+// own, which is also that thread's thread-default context (GLib's
+// asynchronous calls made there answer there). The main thread of a process
+// without a desktop, and the thread the desktop's notification centre talks
+// to the bus on.
+class DedicatedMainThread final : public GLibMainThread {
 public:
     // Returns once the thread runs.
-    HeadlessMainThread();
-    HeadlessMainThread(const HeadlessMainThread&) = delete;
-    HeadlessMainThread& operator=(const HeadlessMainThread&) = delete;
-    HeadlessMainThread(HeadlessMainThread&&) = delete;
-    HeadlessMainThread& operator=(HeadlessMainThread&&) = delete;
+    DedicatedMainThread();
+    DedicatedMainThread(const DedicatedMainThread&) = delete;
+    DedicatedMainThread& operator=(const DedicatedMainThread&) = delete;
+    DedicatedMainThread(DedicatedMainThread&&) = delete;
+    DedicatedMainThread& operator=(DedicatedMainThread&&) = delete;
     // Stops, as stop() does; so it must not run on the main thread either.
-    ~HeadlessMainThread() override;
+    ~DedicatedMainThread() override;
 
     // Shuts down (see GLibMainThread: queued work still runs, new work is
     // refused) and joins the thread. Idempotent. Call it from one thread at

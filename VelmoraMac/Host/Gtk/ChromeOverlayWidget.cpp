@@ -92,9 +92,8 @@ struct PNGReader {
 
 } // namespace
 
-ChromeOverlayWidget::ChromeOverlayWidget(std::shared_ptr<OverlayView> overlay)
-    : m_overlay(std::move(overlay))
-    , m_chrome(dynamic_cast<PondChromeView*>(m_overlay.get()))
+ChromeOverlayWidget::ChromeOverlayWidget(std::shared_ptr<PondChromeView> chrome)
+    : m_chrome(std::move(chrome))
     , m_widget(WidgetPointer::adopt(GTK_WIDGET(g_object_ref_sink(gtk_drawing_area_new()))))
     , m_draw(m_widget.get(), "draw", G_CALLBACK(&ChromeOverlayWidget::drawn), this)
     , m_allocate(m_widget.get(), "size-allocate", G_CALLBACK(&ChromeOverlayWidget::allocated), this)
@@ -104,21 +103,17 @@ ChromeOverlayWidget::ChromeOverlayWidget(std::shared_ptr<OverlayView> overlay)
     gtk_widget_set_vexpand(m_widget.get(), TRUE);
     gtk_widget_set_halign(m_widget.get(), GTK_ALIGN_FILL);
     gtk_widget_set_valign(m_widget.get(), GTK_ALIGN_FILL);
-    if (m_chrome != nullptr)
-        m_tick = gtk_widget_add_tick_callback(m_widget.get(), &ChromeOverlayWidget::ticked, this, nullptr);
+    m_tick = gtk_widget_add_tick_callback(m_widget.get(), &ChromeOverlayWidget::ticked, this, nullptr);
     gtk_widget_show(m_widget.get());
 }
 
 ChromeOverlayWidget::~ChromeOverlayWidget()
 {
-    if (m_tick != 0)
-        gtk_widget_remove_tick_callback(m_widget.get(), m_tick);
+    gtk_widget_remove_tick_callback(m_widget.get(), m_tick);
 }
 
 ChromeOverlayWidget::Appearance ChromeOverlayWidget::appearance() const
 {
-    if (m_chrome == nullptr)
-        return {};
     return Appearance{m_chrome->isHidden(), m_chrome->size(), m_chrome->daysText(), m_chrome->gearImage().png().data()};
 }
 
@@ -134,7 +129,7 @@ gboolean ChromeOverlayWidget::drawn(GtkWidget* /*widget*/, cairo_t* cairo, gpoin
     try {
         static_cast<ChromeOverlayWidget*>(self)->draw(cairo);
     } catch (...) {
-        DesktopWindowSignal::reportFailure("drawing the chrome");
+        GLibSignal::reportFailure("drawing the chrome");
     }
     return FALSE;
 }
@@ -143,11 +138,10 @@ void ChromeOverlayWidget::allocated(GtkWidget* /*widget*/, GdkRectangle* allocat
 {
     auto* overlay = static_cast<ChromeOverlayWidget*>(self);
     try {
-        overlay->m_overlay->setSize(Size(allocation->width, allocation->height));
-        if (overlay->m_chrome != nullptr)
-            overlay->measure(*overlay->m_chrome);
+        overlay->m_chrome->setSize(Size(allocation->width, allocation->height));
+        overlay->measure(*overlay->m_chrome);
     } catch (...) {
-        DesktopWindowSignal::reportFailure("sizing the chrome");
+        GLibSignal::reportFailure("sizing the chrome");
     }
 }
 
@@ -162,7 +156,7 @@ gboolean ChromeOverlayWidget::ticked(GtkWidget* widget, GdkFrameClock* /*clock*/
 void ChromeOverlayWidget::draw(cairo_t* cairo)
 {
     m_drawn = appearance();
-    if (m_chrome == nullptr || m_chrome->isHidden())
+    if (m_chrome->isHidden())
         return;
     measure(*m_chrome);
     cairo_save(cairo);

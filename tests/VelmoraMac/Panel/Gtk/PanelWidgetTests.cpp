@@ -16,13 +16,13 @@
 #include <gtk/gtk.h>
 #include <nlohmann/json.hpp>
 
-#include "DesktopSession.h"
 #include "VelmoraMac/MacStrings.h"
+#include "VelmoraMac/Panel/Gtk/PanelStyleSheet.h"
+#include "VelmoraMac/Panel/Gtk/PanelWidget.h"
 #include "VelmoraMac/Panel/PanelContent.h"
-#include "VelmoraMac/Platform/Desktop/PanelStyleSheet.h"
-#include "VelmoraMac/Platform/Desktop/PanelWidget.h"
 #include "VelmoraMac/Platform/SystemNotificationHub.h"
 #include "tests/VelmoraMac/Panel/PanelTestFixture.h"
+#include "tests/VelmoraMac/Platform/Desktop/DesktopSession.h"
 
 namespace velmora {
 namespace {

@@ -1,4 +1,4 @@
-#include "HeadlessMainThread.h"
+#include "DedicatedMainThread.h"
 
 #include <chrono>
 #include <memory>
@@ -22,7 +22,7 @@ constexpr std::chrono::microseconds lingerAfterWork{50};
 
 } // namespace
 
-HeadlessMainThread::HeadlessMainThread()
+DedicatedMainThread::DedicatedMainThread()
     : GLibMainThread(newContext(), std::thread::id())
 {
     // The base holds a reference of its own; this drops the one from
@@ -36,12 +36,12 @@ HeadlessMainThread::HeadlessMainThread()
     running.get();
 }
 
-HeadlessMainThread::~HeadlessMainThread()
+DedicatedMainThread::~DedicatedMainThread()
 {
     stop();
 }
 
-void HeadlessMainThread::stop()
+void DedicatedMainThread::stop()
 {
     if (isMainThread())
         throw std::logic_error("the main thread cannot stop itself");
@@ -54,7 +54,7 @@ void HeadlessMainThread::stop()
     m_thread.join();
 }
 
-void HeadlessMainThread::run(std::promise<void>& started)
+void DedicatedMainThread::run(std::promise<void>& started)
 {
     setMainThread(std::this_thread::get_id());
     g_main_context_push_thread_default(context());

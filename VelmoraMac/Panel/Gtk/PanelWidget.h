@@ -4,6 +4,8 @@
 
 #include <gtk/gtk.h>
 
+#include "VelmoraMac/Platform/GtkViewFactory.h"
+
 namespace velmora {
 
 class PanelContent;
@@ -25,7 +27,7 @@ class PanelContent;
 // callback while it lives and clears it when it goes; it destroys its
 // widgets then, which also ends every connection to the view's actions.
 // Main thread only; needs GTK initialised with a display.
-class PanelWidget {
+class PanelWidget final : public GtkViewFactory::View {
 public:
     // The panel window's default size, in pixels at scale 1.
     static constexpr int defaultWidth = 780;
@@ -37,14 +39,14 @@ public:
     PanelWidget& operator=(const PanelWidget&) = delete;
     PanelWidget(PanelWidget&&) = delete;
     PanelWidget& operator=(PanelWidget&&) = delete;
-    ~PanelWidget();
+    ~PanelWidget() override;
 
     // The top widget; this object holds a reference to it while it lives.
-    [[nodiscard]] GtkWidget* widget() const;
+    [[nodiscard]] GtkWidget* widget() const override;
 
     // Gives the keyboard to the page's primary control, as a page just
     // shown does itself; for a panel moved into another window.
-    void focusPrimary();
+    void focusPrimary() override;
 
     // Rebuilds now if a change is waiting for its idle turn; for callers
     // that must draw at once, such as before taking a picture of the panel.

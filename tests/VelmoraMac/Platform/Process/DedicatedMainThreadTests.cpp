@@ -9,8 +9,8 @@
 
 #include <gtest/gtest.h>
 
-#include "VelmoraMac/Platform/Headless/HeadlessMainThread.h"
 #include "VelmoraMac/Platform/MainThreadStopped.h"
+#include "VelmoraMac/Platform/Process/DedicatedMainThread.h"
 
 namespace velmora {
 namespace {
@@ -25,9 +25,9 @@ void spinUntil(const std::atomic<bool>& release)
         std::this_thread::yield();
 }
 
-TEST(HeadlessMainThread, Sync_RunsOnTheMainThreadInlineWhenNestedAndFailuresReachTheirCallerOrTheHandler)
+TEST(DedicatedMainThread, Sync_RunsOnTheMainThreadInlineWhenNestedAndFailuresReachTheirCallerOrTheHandler)
 {
-    HeadlessMainThread main;
+    DedicatedMainThread main;
     ASSERT_FALSE(main.isMainThread());
     bool onMain = false;
     const std::unique_ptr<int> value = main.runSync([&] {
@@ -61,9 +61,9 @@ TEST(HeadlessMainThread, Sync_RunsOnTheMainThreadInlineWhenNestedAndFailuresReac
     EXPECT_EQ(main.runSync([&] { return failures; }), std::vector<std::string>{"nobody waits for this"});
 }
 
-TEST(HeadlessMainThread, AsyncWorkFromSeveralThreads_RunsOnTheMainThreadInEachThreadsOrder)
+TEST(DedicatedMainThread, AsyncWorkFromSeveralThreads_RunsOnTheMainThreadInEachThreadsOrder)
 {
-    HeadlessMainThread main;
+    DedicatedMainThread main;
     constexpr int submitters = 4;
     constexpr int tasks = 250;
     // Touched on the main thread only and without a lock: ThreadSanitizer
@@ -97,9 +97,9 @@ TEST(HeadlessMainThread, AsyncWorkFromSeveralThreads_RunsOnTheMainThreadInEachTh
 // The handle's promise: once it is gone, a tick that was running is over.
 // If it were not, the tick below would write to freed memory, which the
 // sanitizer builds report.
-TEST(HeadlessMainThreadTimer, HandleDestroyedOnAnotherThreadDuringATick_WaitsForTheTickToEnd)
+TEST(DedicatedMainThreadTimer, HandleDestroyedOnAnotherThreadDuringATick_WaitsForTheTickToEnd)
 {
-    HeadlessMainThread main;
+    DedicatedMainThread main;
     for (int round = 0; round < 20; ++round) {
         auto target = std::make_unique<int>(0);
         std::latch entered(1);
@@ -127,9 +127,9 @@ TEST(HeadlessMainThreadTimer, HandleDestroyedOnAnotherThreadDuringATick_WaitsFor
     }
 }
 
-TEST(HeadlessMainThreadTimer, HandleCancelledByItsOwnTick_StopsWithoutDeadlock)
+TEST(DedicatedMainThreadTimer, HandleCancelledByItsOwnTick_StopsWithoutDeadlock)
 {
-    HeadlessMainThread main;
+    DedicatedMainThread main;
     RepeatingTimer timer;
     int ticks = 0;
     bool onMain = false;
@@ -148,9 +148,9 @@ TEST(HeadlessMainThreadTimer, HandleCancelledByItsOwnTick_StopsWithoutDeadlock)
     EXPECT_EQ(main.runSync([&] { return std::pair(ticks, onMain); }), std::pair(1, true));
 }
 
-TEST(HeadlessMainThread, Stop_RunsTheWorkAlreadyQueuedThenRefusesNewWork)
+TEST(DedicatedMainThread, Stop_RunsTheWorkAlreadyQueuedThenRefusesNewWork)
 {
-    HeadlessMainThread main;
+    DedicatedMainThread main;
     // Main-thread state, read here only after stop() has joined the thread.
     std::vector<int> ran;
     std::atomic<bool> release{false};
@@ -179,9 +179,9 @@ TEST(HeadlessMainThread, Stop_RunsTheWorkAlreadyQueuedThenRefusesNewWork)
     main.stop();
 }
 
-TEST(HeadlessMainThread, SyncCallersRacingStop_GetTheirResultOrMainThreadStoppedButNeverHang)
+TEST(DedicatedMainThread, SyncCallersRacingStop_GetTheirResultOrMainThreadStoppedButNeverHang)
 {
-    HeadlessMainThread main;
+    DedicatedMainThread main;
     constexpr int callers = 4;
     std::vector<int> wrongAnswers(callers, 0);
     std::latch started(callers);

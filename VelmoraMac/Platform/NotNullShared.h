@@ -2,15 +2,17 @@
 
 #include <concepts>
 #include <memory>
+#include <stdexcept>
+#include <string>
 #include <utility>
 
 namespace velmora {
 
 // A shared object that is always there. It is only ever made with make(),
-// or taken from another one of a derived type, so a factory that returns it
-// cannot hand out null and its callers need no check. It turns into a plain
-// shared_ptr where the shell wants one. Moving copies, so that a holder
-// moved from still holds its object.
+// taken from another one of a derived type, or checked once by checked(),
+// so a factory that returns it cannot hand out null and its holders need no
+// check. It turns into a plain shared_ptr where one is wanted. Moving
+// copies, so that a holder moved from still holds its object.
 template <typename T>
 class NotNullShared {
 public:
@@ -18,6 +20,14 @@ public:
     static NotNullShared make(Arguments&&... arguments)
     {
         return NotNullShared(std::make_shared<T>(std::forward<Arguments>(arguments)...));
+    }
+
+    // Throws std::invalid_argument for null, naming `what`.
+    static NotNullShared checked(std::shared_ptr<T> object, const char* what)
+    {
+        if (!object)
+            throw std::invalid_argument(std::string(what) + " is missing");
+        return NotNullShared(std::move(object));
     }
 
     template <typename Derived>
@@ -43,6 +53,7 @@ public:
 
     [[nodiscard]] T& operator*() const { return *m_object; }
     [[nodiscard]] T* operator->() const { return m_object.get(); }
+    [[nodiscard]] T* get() const { return m_object.get(); }
     [[nodiscard]] const std::shared_ptr<T>& shared() const { return m_object; }
 
     template <typename Base>

@@ -13,7 +13,7 @@ namespace velmora {
 // with GObject, so it can be neither copied nor moved; keep it in place or
 // behind a pointer.
 // On the thread that emits the instance's signals: GTK's for widgets.
-class DesktopWindowSignal {
+class GLibSignal {
 public:
     enum class When : bool {
         beforeDefault,
@@ -22,19 +22,19 @@ public:
 
     // `callback` must be cast with G_CALLBACK from a function of the
     // signal's own signature.
-    DesktopWindowSignal(gpointer instance, const char* signal, GCallback callback, gpointer data, When when = When::beforeDefault)
+    GLibSignal(gpointer instance, const char* signal, GCallback callback, gpointer data, When when = When::beforeDefault)
         : m_instance(G_OBJECT(instance))
         , m_handler(g_signal_connect_data(instance, signal, callback, data, nullptr, when == When::afterDefault ? G_CONNECT_AFTER : static_cast<GConnectFlags>(0)))
     {
         g_object_add_weak_pointer(m_instance, reinterpret_cast<gpointer*>(&m_instance));
     }
 
-    DesktopWindowSignal(const DesktopWindowSignal&) = delete;
-    DesktopWindowSignal& operator=(const DesktopWindowSignal&) = delete;
-    DesktopWindowSignal(DesktopWindowSignal&&) = delete;
-    DesktopWindowSignal& operator=(DesktopWindowSignal&&) = delete;
+    GLibSignal(const GLibSignal&) = delete;
+    GLibSignal& operator=(const GLibSignal&) = delete;
+    GLibSignal(GLibSignal&&) = delete;
+    GLibSignal& operator=(GLibSignal&&) = delete;
 
-    ~DesktopWindowSignal()
+    ~GLibSignal()
     {
         if (m_instance == nullptr)
             return;

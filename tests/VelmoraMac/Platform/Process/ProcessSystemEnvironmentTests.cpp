@@ -7,7 +7,7 @@
 #include <unicode/timezone.h>
 #include <unicode/unistr.h>
 
-#include "VelmoraMac/Platform/Headless/ProcessSystemEnvironment.h"
+#include "VelmoraMac/Platform/Process/ProcessSystemEnvironment.h"
 
 namespace velmora {
 namespace {

@@ -5,47 +5,46 @@
 
 #include <gtk/gtk.h>
 
-#include "DesktopWindowSignal.h"
 #include "VelmoraCore/Size.h"
 #include "VelmoraMac/Platform/GLibPointer.h"
-#include "VelmoraMac/Platform/OverlayView.h"
+#include "VelmoraMac/Platform/GLibSignal.h"
+#include "VelmoraMac/Platform/GtkViewFactory.h"
 
 namespace velmora {
 
 class PondChromeView;
 
-// The widget that draws an overlay over the renderer's content: laid into
-// a GtkOverlay above the renderer's own widget, transparent, and passing
-// every input event through (the window system's click filter decides
-// which clicks are the overlay's). It keeps the overlay told of its size.
+// The pond's chrome drawn over the renderer's content: a transparent
+// drawing area that the desktop's window lays over the renderer's own
+// widget, passing every input event through (the window's click filter
+// decides which clicks are the chrome's). It keeps the chrome told of its
+// size.
 //
-// A PondChromeView is drawn with Cairo and Pango as the chrome looks: the
-// two shade bands, the wordmark (its own serif italic when installed, the
-// system font otherwise), the day line centred between its margins, and
-// the gear's template icon in its tint. The texts are measured here and
-// handed back to the chrome, so that its layout, and with it the gear's
-// clickable square, matches what is drawn. Any other overlay draws as
-// nothing.
+// Drawn with Cairo and Pango as the chrome looks: the two shade bands, the
+// wordmark (its own serif italic when installed, the system font
+// otherwise), the day line centred between its margins, and the gear's
+// template icon in its tint. The texts are measured here and handed back to
+// the chrome, so that its layout, and with it the gear's clickable square,
+// matches what is drawn.
 //
 // The chrome tells nobody when it changes, so on each tick of the frame
 // clock (while the widget is mapped) the widget compares what it would draw
 // with what it drew and redraws only on a difference: a few comparisons a
 // frame.
 // Main thread only (GTK's).
-class ChromeOverlayWidget {
+class ChromeOverlayWidget final : public GtkViewFactory::View {
 public:
-    explicit ChromeOverlayWidget(std::shared_ptr<OverlayView> overlay);
+    explicit ChromeOverlayWidget(std::shared_ptr<PondChromeView> chrome);
     ChromeOverlayWidget(const ChromeOverlayWidget&) = delete;
     ChromeOverlayWidget& operator=(const ChromeOverlayWidget&) = delete;
     ChromeOverlayWidget(ChromeOverlayWidget&&) = delete;
     ChromeOverlayWidget& operator=(ChromeOverlayWidget&&) = delete;
-    ~ChromeOverlayWidget();
+    ~ChromeOverlayWidget() override;
 
     // This object holds a reference to it while it lives.
-    [[nodiscard]] GtkWidget* widget() const { return m_widget.get(); }
-    [[nodiscard]] const std::shared_ptr<OverlayView>& overlay() const { return m_overlay; }
+    [[nodiscard]] GtkWidget* widget() const override { return m_widget.get(); }
 
-    // Paints the overlay at its current size, origin at its top left.
+    // Paints the chrome at its current size, origin at its top left.
     void draw(cairo_t* cairo);
 
 private:
@@ -75,8 +74,7 @@ private:
     [[nodiscard]] PangoLayout* newWordmarkLayout() const;
     [[nodiscard]] PangoLayout* newDaysLayout(const std::string& text) const;
 
-    std::shared_ptr<OverlayView> m_overlay;
-    PondChromeView* m_chrome;
+    std::shared_ptr<PondChromeView> m_chrome;
     WidgetPointer m_widget;
     guint m_tick = 0;
     Appearance m_drawn;
@@ -84,8 +82,8 @@ private:
     SurfacePointer m_gearSurface;
     const void* m_gearSource = nullptr;
     // Last: disconnected first.
-    DesktopWindowSignal m_draw;
-    DesktopWindowSignal m_allocate;
+    GLibSignal m_draw;
+    GLibSignal m_allocate;
 };
 
 } // namespace velmora
