@@ -4,7 +4,7 @@
 #include <cmath>
 #include <optional>
 
-#include "Platform/InputEvent.h"
+#include "VelmoraMac/Platform/EventMonitors.h"
 
 namespace velmora {
 

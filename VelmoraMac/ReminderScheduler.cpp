@@ -1,6 +1,6 @@
 #include "ReminderScheduler.h"
 
-#include "VelmoraMac/Platform/MainThreadStopped.h"
+#include "VelmoraMac/Platform/MainThread.h"
 #include "VelmoraMac/Platform/NotificationRequest.h"
 
 namespace velmora {

@@ -9,7 +9,7 @@
 #include "VelmoraMac/EventEnvelope.h"
 #include "VelmoraMac/Panel/PanelContent.h"
 #include "VelmoraMac/Panel/PanelImage.h"
-#include "VelmoraMac/Platform/Menu.h"
+#include "VelmoraMac/Platform/StatusBar.h"
 #include "VelmoraMac/Services/DisplaySleepPolicy.h"
 #include "VelmoraMac/Services/LoginLaunchService.h"
 

@@ -10,7 +10,7 @@
 #include "VelmoraMac/ContentCatalog.h"
 #include "VelmoraMac/Panel/Color.h"
 #include "VelmoraMac/Panel/PanelImage.h"
-#include "VelmoraMac/Platform/OverlayView.h"
+#include "VelmoraMac/Platform/ContentView.h"
 
 namespace velmora {
 

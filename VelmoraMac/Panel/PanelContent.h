@@ -6,7 +6,7 @@
 #include "PracticeView.h"
 #include "VelmoraMac/Platform/PlatformToken.h"
 #include "VelmoraMac/Platform/SystemNotifications.h"
-#include "VelmoraMac/Platform/WindowContent.h"
+#include "VelmoraMac/Platform/Window.h"
 #include "VelmoraMac/PracticeCoordinator.h"
 #include "VelmoraMac/WeakSelf.h"
 

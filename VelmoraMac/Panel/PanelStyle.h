@@ -6,13 +6,8 @@
 #include <string_view>
 
 #include "Color.h"
-#include "PanelAction.h"
-#include "PanelButton.h"
-#include "PanelCardStyle.h"
-#include "PanelIcon.h"
+#include "PanelBody.h"
 #include "PanelImage.h"
-#include "PanelSwitch.h"
-#include "StepIndicator.h"
 #include "VelmoraMac/ContentCatalog.h"
 #include "VelmoraMac/Topic.h"
 

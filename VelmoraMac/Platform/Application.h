@@ -5,10 +5,34 @@
 #include <optional>
 #include <string>
 
-#include "ActivationPolicy.h"
-#include "LaunchEvent.h"
-
 namespace velmora {
+
+// How the application presents itself, with the window system's numbers.
+enum class ActivationPolicy : std::int32_t {
+    // A Dock icon, and windows that can become key.
+    regular = 0,
+    // No Dock icon, but windows that can become key.
+    accessory = 1,
+    // Neither.
+    prohibited = 2,
+};
+
+// A request from the system to open the application, as the platform
+// reports it: a first launch ("oapp"), a request to come forward while
+// running ("rapp"), and for a first launch an optional property-data
+// parameter that says how it was launched ("lgit": as a login item). The
+// codes are the window system's own four-character codes.
+struct LaunchEvent {
+    static constexpr const char* openApplication = "oapp";
+    static constexpr const char* reopenApplication = "rapp";
+    static constexpr const char* launchedAsLoginItem = "lgit";
+
+    std::string eventID;
+    // The enumerated value of the "prdt" parameter; none when absent.
+    std::optional<std::string> propertyData;
+
+    friend bool operator==(const LaunchEvent&, const LaunchEvent&) = default;
+};
 
 // The running application as the window system sees it: its activation,
 // the launch requests the system sends it, a modal alert and termination.

@@ -1,6 +1,6 @@
 #include "VelmoraMac/Platform/EventMonitorChain.h"
 
-#include "VelmoraMac/Platform/RemovalToken.h"
+#include "VelmoraMac/Platform/PlatformToken.h"
 
 #include <algorithm>
 #include <iterator>

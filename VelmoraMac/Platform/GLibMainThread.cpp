@@ -4,7 +4,7 @@
 #include <thread>
 #include <utility>
 
-#include "MainThreadStopped.h"
+#include "MainThread.h"
 
 namespace velmora {
 

@@ -1,8 +1,28 @@
 #pragma once
 
-#include "LoginItemStatus.h"
+#include <cstdint>
+#include <stdexcept>
 
 namespace velmora {
+
+// The application's registration as a login item, with the platform's
+// numbering. Only `enabled` and `requiresApproval` mean that it starts at
+// login (the second once the user approves).
+enum class LoginItemStatus : std::uint8_t {
+    notRegistered = 0,
+    enabled = 1,
+    // Registered, waiting for the user's approval in the system settings.
+    requiresApproval = 2,
+    // The system cannot find the application to register.
+    notFound = 3,
+};
+
+// The system refused to register or unregister the login item; what() says
+// why, in the system's words.
+class LoginItemError final : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
 
 // The system's record of whether the application starts at login. The
 // status answers the system's current record on every call, since the user

@@ -2,13 +2,56 @@
 
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <optional>
+#include <stdexcept>
 #include <type_traits>
 #include <utility>
 
-#include "RepeatingTimer.h"
-
 namespace velmora {
+
+// Work handed to a main thread that has shut down. Thrown to the submitter
+// rather than dropping the work, so that a wrong order of teardown shows.
+class MainThreadStopped final : public std::runtime_error {
+public:
+    MainThreadStopped()
+        : std::runtime_error("the main thread has stopped")
+    {
+    }
+};
+
+// The handle of a repeating timer on the main thread (MainThread). The timer
+// lives exactly as long as the handle: once the handle is destroyed,
+// cancelled or assigned over, the tick never runs again and is not running
+// on any other thread, so a tick may safely use whatever outlives its
+// handle. A tick may destroy its own handle.
+class RepeatingTimer {
+public:
+    // What an implementation hands over. Destroying it stops the timer, with
+    // the guarantee above; it may be destroyed on any thread.
+    class Registration {
+    public:
+        Registration() = default;
+        Registration(const Registration&) = delete;
+        Registration& operator=(const Registration&) = delete;
+        Registration(Registration&&) = delete;
+        Registration& operator=(Registration&&) = delete;
+        virtual ~Registration() = default;
+    };
+
+    // A handle without a timer.
+    RepeatingTimer() = default;
+    explicit RepeatingTimer(std::unique_ptr<Registration> registration)
+        : m_registration(std::move(registration))
+    {
+    }
+
+    void cancel() { m_registration.reset(); }
+    [[nodiscard]] bool isActive() const { return m_registration != nullptr; }
+
+private:
+    std::unique_ptr<Registration> m_registration;
+};
 
 // The one thread on which the shell's state lives. Everything that touches
 // the coordinator, the scheduler or the host runs here; other threads (the

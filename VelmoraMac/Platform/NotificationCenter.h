@@ -1,13 +1,26 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
 
-#include "NotificationAuthorizationStatus.h"
 #include "NotificationRequest.h"
 
 namespace velmora {
+
+// Whether the user lets the application post notifications, with the
+// platform's numbering.
+enum class NotificationAuthorizationStatus : std::uint8_t {
+    // The user has not been asked yet.
+    notDetermined = 0,
+    denied = 1,
+    authorized = 2,
+    // Allowed to post quietly until the user decides.
+    provisional = 3,
+    // Allowed for a limited time.
+    ephemeral = 4,
+};
 
 // The system's notification centre, as far as the reminders need it: the
 // user's permission, the application's pending and delivered
@@ -50,6 +63,20 @@ public:
     // returns, the previous handler is not running on any other thread and
     // will not be called again, so it may capture what dies next.
     virtual void setClickHandler(ClickHandler handler) = 0;
+};
+
+// Shows the system settings where the user allows or forbids this
+// application's notifications. Main thread only.
+class NotificationSettingsOpener {
+public:
+    NotificationSettingsOpener() = default;
+    NotificationSettingsOpener(const NotificationSettingsOpener&) = delete;
+    NotificationSettingsOpener& operator=(const NotificationSettingsOpener&) = delete;
+    NotificationSettingsOpener(NotificationSettingsOpener&&) = delete;
+    NotificationSettingsOpener& operator=(NotificationSettingsOpener&&) = delete;
+    virtual ~NotificationSettingsOpener() = default;
+
+    virtual void openNotificationSettings() = 0;
 };
 
 } // namespace velmora

@@ -1,4 +1,4 @@
-#include "NotificationTrigger.h"
+#include "NotificationRequest.h"
 
 #include <chrono>
 #include <stdexcept>

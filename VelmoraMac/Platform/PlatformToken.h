@@ -1,5 +1,8 @@
 #pragma once
 
+#include <functional>
+#include <utility>
+
 namespace velmora {
 
 // What the platform hands back for an installed event monitor or
@@ -13,6 +16,29 @@ public:
     PlatformToken(PlatformToken&&) = delete;
     PlatformToken& operator=(PlatformToken&&) = delete;
     virtual ~PlatformToken() = default;
+};
+
+// A token that runs its removal once, when it goes: what the headless
+// registries of monitors and observers hand out. The removal must hold its
+// registry weakly, since a token may outlive it.
+class RemovalToken final : public PlatformToken {
+public:
+    explicit RemovalToken(std::function<void()> removal)
+        : m_removal(std::move(removal))
+    {
+    }
+    RemovalToken(const RemovalToken&) = delete;
+    RemovalToken& operator=(const RemovalToken&) = delete;
+    RemovalToken(RemovalToken&&) = delete;
+    RemovalToken& operator=(RemovalToken&&) = delete;
+    ~RemovalToken() override
+    {
+        if (m_removal)
+            m_removal();
+    }
+
+private:
+    std::function<void()> m_removal;
 };
 
 } // namespace velmora

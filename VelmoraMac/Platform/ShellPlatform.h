@@ -7,7 +7,6 @@
 #include "MainThread.h"
 #include "NotNullShared.h"
 #include "NotificationCenter.h"
-#include "NotificationSettingsOpener.h"
 #include "PowerAssertionRegistry.h"
 #include "StatusBar.h"
 #include "SystemEnvironment.h"

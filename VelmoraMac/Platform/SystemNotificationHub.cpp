@@ -1,6 +1,6 @@
 #include "VelmoraMac/Platform/SystemNotificationHub.h"
 
-#include "VelmoraMac/Platform/RemovalToken.h"
+#include "VelmoraMac/Platform/PlatformToken.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,18 +1,103 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
+#include <string>
 
 #include "ContentView.h"
-#include "FrameDisplay.h"
-#include "MouseEvents.h"
 #include "VelmoraCore/Rect.h"
-#include "WindowAttributes.h"
-#include "WindowButton.h"
-#include "WindowContent.h"
-#include "WindowOrdering.h"
 
 namespace velmora {
+
+// Whether a window redraws at once for a new frame, or when it is next
+// shown.
+enum class FrameDisplay : std::uint8_t {
+    deferred,
+    immediate,
+};
+
+// Whether a window takes mouse events or lets them through to what lies
+// beneath it.
+enum class MouseEvents : std::uint8_t {
+    accepted,
+    ignored,
+};
+
+// The standard buttons of a window's title bar, with the window system's
+// numbers.
+enum class WindowButton : std::uint8_t {
+    close = 0,
+    miniaturize = 1,
+    zoom = 2,
+};
+
+// Where a child window is kept relative to its parent, with the window
+// system's numbers.
+enum class WindowOrdering : std::int8_t {
+    below = -1,
+    above = 1,
+};
+
+// How a window looks and behaves, set as a whole. The values are the window
+// system's own, so that a desktop implementation maps each one once.
+struct WindowAttributes {
+    // Bits of styleMask.
+    static constexpr std::uint64_t titled = 1;
+    static constexpr std::uint64_t closable = 2;
+    static constexpr std::uint64_t miniaturizable = 4;
+    static constexpr std::uint64_t resizable = 8;
+    // Set by the window system, never by a caller, while the window is in
+    // full screen.
+    static constexpr std::uint64_t fullScreen = 0x4000;
+
+    // Values of collectionBehavior.
+    static constexpr std::uint64_t fullScreenPrimary = 128;
+    static constexpr std::uint64_t fullScreenAuxiliary = 256;
+
+    std::string title;
+    std::uint64_t styleMask = titled | closable | miniaturizable | resizable;
+    bool titleVisible = true;
+    bool titlebarTransparent = false;
+    // The dark variant of the system's look, whatever the user's choice.
+    bool darkAppearance = false;
+    // Close, miniaturize and zoom shown in the title bar.
+    bool standardButtonsShown = true;
+    bool movable = true;
+    bool movableByWindowBackground = false;
+    // Closing destroys the window; when false, closing only hides it.
+    bool releasedWhenClosed = true;
+    // 0 is the normal level of application windows.
+    std::int32_t level = 0;
+    std::uint64_t collectionBehavior = 0;
+    bool opaque = true;
+    // A transparent background, so that what is beneath shows through the
+    // parts the content leaves undrawn.
+    bool clearBackground = false;
+    // A panel that floats above all normal windows.
+    bool floatingPanel = false;
+    bool hidesOnDeactivate = false;
+
+    friend bool operator==(const WindowAttributes&, const WindowAttributes&) = default;
+};
+
+// What the shell puts into a window it creates: a model of the content that
+// the platform's implementation knows how to present (each implementation
+// recognises the kinds it can draw). The window keeps it alive.
+// Main thread only.
+class WindowContent {
+public:
+    WindowContent() = default;
+    WindowContent(const WindowContent&) = delete;
+    WindowContent& operator=(const WindowContent&) = delete;
+    WindowContent(WindowContent&&) = delete;
+    WindowContent& operator=(WindowContent&&) = delete;
+    virtual ~WindowContent() = default;
+
+    // The window came on screen: ordered in or brought back from the Dock,
+    // or given this content while on screen.
+    virtual void didAppear() { }
+};
 
 // A window of the application: the renderer's, or a panel the shell made.
 // Windows are compared by identity. The changes a window reports through

@@ -4,11 +4,20 @@
 #include <optional>
 #include <vector>
 
-#include "Screen.h"
 #include "VelmoraCore/Rect.h"
 #include "Window.h"
 
 namespace velmora {
+
+// A display as placement sees it, in screen coordinates (origin at the
+// lower left of the primary screen, y growing upwards). A plain value.
+struct Screen {
+    Rect frame;
+    // The frame without the menu bar and the Dock (or panels).
+    Rect visibleFrame;
+
+    friend bool operator==(const Screen&, const Screen&) = default;
+};
 
 // The application's windows and the screens they are placed on.
 // Main thread only.

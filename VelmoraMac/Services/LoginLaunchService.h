@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "VelmoraMac/LoginLaunchControlling.h"
-#include "VelmoraMac/Platform/LaunchEvent.h"
+#include "VelmoraMac/Platform/Application.h"
 #include "VelmoraMac/Platform/LoginItemService.h"
 
 namespace velmora {

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "VelmoraMac/Platform/InputEvent.h"
+#include "VelmoraMac/Platform/EventMonitors.h"
 #include "VelmoraMac/PondKeyboardState.h"
 
 namespace velmora {

@@ -7,7 +7,7 @@
 #include <libdbusmenu-glib/server.h>
 
 #include "VelmoraMac/Platform/GLibPointer.h"
-#include "VelmoraMac/Platform/MenuItem.h"
+#include "VelmoraMac/Platform/StatusBar.h"
 
 namespace velmora {
 

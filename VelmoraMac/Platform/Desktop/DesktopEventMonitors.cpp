@@ -11,7 +11,7 @@
 #include <gtk/gtk.h>
 
 #include "GdkEventTranslator.h"
-#include "VelmoraMac/Platform/RemovalToken.h"
+#include "VelmoraMac/Platform/PlatformToken.h"
 
 namespace velmora {
 

@@ -8,7 +8,7 @@
 #include "GuardedCallback.h"
 #include "VelmoraMac/Platform/Desktop/WallClockAlarm.h"
 #include "VelmoraMac/Platform/GLibSignal.h"
-#include "VelmoraMac/Platform/MainThreadStopped.h"
+#include "VelmoraMac/Platform/MainThread.h"
 #include "VelmoraMac/Platform/Process/DedicatedMainThread.h"
 
 namespace velmora {

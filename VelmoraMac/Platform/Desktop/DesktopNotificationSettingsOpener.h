@@ -8,7 +8,7 @@
 
 #include "VelmoraMac/Platform/DiagnosticLog.h"
 #include "VelmoraMac/Platform/NotNullShared.h"
-#include "VelmoraMac/Platform/NotificationSettingsOpener.h"
+#include "VelmoraMac/Platform/NotificationCenter.h"
 
 namespace velmora {
 

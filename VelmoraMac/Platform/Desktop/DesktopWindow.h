@@ -15,7 +15,7 @@
 #include "VelmoraMac/Platform/GLibSignal.h"
 #include "VelmoraMac/Platform/GtkViewFactory.h"
 #include "VelmoraMac/Platform/NotNullShared.h"
-#include "VelmoraMac/Platform/SystemNotification.h"
+#include "VelmoraMac/Platform/SystemNotifications.h"
 #include "VelmoraMac/Platform/Window.h"
 
 namespace velmora {

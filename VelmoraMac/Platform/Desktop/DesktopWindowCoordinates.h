@@ -5,7 +5,7 @@
 #include <gdk/gdk.h>
 
 #include "VelmoraCore/Rect.h"
-#include "VelmoraMac/Platform/Screen.h"
+#include "VelmoraMac/Platform/WindowSystem.h"
 
 namespace velmora {
 

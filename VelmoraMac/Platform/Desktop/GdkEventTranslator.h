@@ -8,7 +8,7 @@
 #include <gdk/gdk.h>
 
 #include "VelmoraCore/Point.h"
-#include "VelmoraMac/Platform/InputEvent.h"
+#include "VelmoraMac/Platform/EventMonitors.h"
 
 namespace velmora {
 

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "VelmoraMac/Platform/LaunchEvent.h"
+#include "VelmoraMac/Platform/Application.h"
 
 namespace velmora {
 

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "VelmoraMac/Platform/StatusButton.h"
+#include "VelmoraMac/Platform/StatusBar.h"
 
 namespace velmora {
 

@@ -13,7 +13,7 @@
 #include "StatusNotifierButton.h"
 #include "StatusNotifierIdleQueue.h"
 #include "VelmoraMac/Platform/GLibPointer.h"
-#include "VelmoraMac/Platform/StatusItem.h"
+#include "VelmoraMac/Platform/StatusBar.h"
 
 namespace velmora {
 

@@ -4,7 +4,7 @@
 #include <optional>
 #include <vector>
 
-#include "VelmoraMac/Platform/MenuItem.h"
+#include "VelmoraMac/Platform/StatusBar.h"
 
 namespace velmora {
 

@@ -10,7 +10,7 @@
 #include "UnavailableLoginItemService.h"
 #include "VelmoraCore/DurableFile.h"
 #include "VelmoraMac/Platform/GLibSignal.h"
-#include "VelmoraMac/Platform/LoginItemError.h"
+#include "VelmoraMac/Platform/LoginItemService.h"
 #include "VelmoraMac/Platform/XdgBaseDirectory.h"
 
 namespace velmora {

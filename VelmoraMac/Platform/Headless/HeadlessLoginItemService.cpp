@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "VelmoraMac/Platform/LoginItemError.h"
+#include "VelmoraMac/Platform/LoginItemService.h"
 
 namespace velmora {
 

@@ -2,7 +2,7 @@
 
 #include <atomic>
 
-#include "VelmoraMac/Platform/NotificationSettingsOpener.h"
+#include "VelmoraMac/Platform/NotificationCenter.h"
 
 namespace velmora {
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "HeadlessStatusButton.h"
-#include "VelmoraMac/Platform/StatusItem.h"
+#include "VelmoraMac/Platform/StatusBar.h"
 
 namespace velmora {
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <utility>
 
-#include "VelmoraMac/Platform/SystemNotificationHub.h"
 #include "HeadlessWindowSystem.h"
-#include "VelmoraMac/Platform/MainThreadStopped.h"
+#include "VelmoraMac/Platform/MainThread.h"
+#include "VelmoraMac/Platform/SystemNotificationHub.h"
 
 namespace velmora {
 

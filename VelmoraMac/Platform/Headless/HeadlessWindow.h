@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "HeadlessContentView.h"
-#include "VelmoraMac/Platform/SystemNotification.h"
+#include "VelmoraMac/Platform/SystemNotifications.h"
 #include "VelmoraMac/Platform/Window.h"
 
 namespace velmora {

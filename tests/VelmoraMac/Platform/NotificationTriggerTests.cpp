@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "VelmoraMac/Platform/NotificationTrigger.h"
+#include "VelmoraMac/Platform/NotificationRequest.h"
 #include "tests/VelmoraCore/CoreTestSupport.h"
 
 namespace velmora {

@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "VelmoraMac/Platform/Headless/HeadlessLoginItemService.h"
-#include "VelmoraMac/Platform/LoginItemError.h"
+#include "VelmoraMac/Platform/LoginItemService.h"
 #include "VelmoraMac/Services/LoginLaunchService.h"
 
 namespace velmora {

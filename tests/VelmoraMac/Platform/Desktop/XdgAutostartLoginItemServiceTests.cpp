@@ -10,7 +10,7 @@
 #include "VelmoraCore/DurableFile.h"
 #include "VelmoraMac/Platform/Desktop/LoginLaunchMarker.h"
 #include "VelmoraMac/Platform/Desktop/XdgAutostartLoginItemService.h"
-#include "VelmoraMac/Platform/LoginItemError.h"
+#include "VelmoraMac/Platform/LoginItemService.h"
 #include "tests/VelmoraCore/TemporaryFolder.h"
 
 namespace velmora {

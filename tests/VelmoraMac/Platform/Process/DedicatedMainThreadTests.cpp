@@ -9,7 +9,7 @@
 
 #include <gtest/gtest.h>
 
-#include "VelmoraMac/Platform/MainThreadStopped.h"
+#include "VelmoraMac/Platform/MainThread.h"
 #include "VelmoraMac/Platform/Process/DedicatedMainThread.h"
 
 namespace velmora {
