@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
@@ -136,6 +137,17 @@ private:
 
     // Last: it starts once everything above is ready.
     std::thread m_worker;
+};
+
+// Counts the requests to show the notification settings. Thread-safe.
+class HeadlessNotificationSettingsOpener final : public NotificationSettingsOpener {
+public:
+    void openNotificationSettings() override { ++m_openings; }
+
+    [[nodiscard]] int openings() const { return m_openings; }
+
+private:
+    std::atomic<int> m_openings{0};
 };
 
 } // namespace velmora

@@ -8,7 +8,6 @@
 #include "HeadlessDiagnosticLog.h"
 #include "HeadlessLoginItemService.h"
 #include "HeadlessNotificationCenter.h"
-#include "HeadlessNotificationSettingsOpener.h"
 #include "HeadlessPowerAssertionRegistry.h"
 #include "HeadlessStatusBar.h"
 #include "HeadlessUrlOpener.h"

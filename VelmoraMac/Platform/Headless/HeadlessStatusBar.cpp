@@ -1,8 +1,5 @@
 #include "HeadlessStatusBar.h"
 
-#include "HeadlessStatusButton.h"
-#include "HeadlessStatusItem.h"
-
 namespace velmora {
 
 void HeadlessStatusButton::setTemplateImage(std::string png, Size size)
