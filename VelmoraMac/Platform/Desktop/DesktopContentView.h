@@ -20,13 +20,13 @@ class DesktopEventMonitors;
 //
 // An overlay is drawn by the widget the shell's view factory makes for it,
 // and not laid at all when the factory makes none. The first overlay moves
-// the window's child into a GtkOverlay, beneath the overlays' widgets (a widget that draws with OpenGL is
-// realized anew by the move, as any reparenting does). The overlays let
-// every event through to the child; a filter on the process's events
-// takes a primary click whose press lands where an overlay takes clicks
-// (the topmost first, as it is drawn), and gives the overlay the click on
-// release. A press that went to the child takes its release along, wherever
-// the pointer is let go.
+// the window's child into a GtkOverlay, beneath the overlays' widgets (a
+// widget that draws with OpenGL is realized anew by the move, as any
+// reparenting does). The overlays let every event through to the child; a
+// filter on the process's events takes a primary click whose press lands
+// where an overlay takes clicks (the topmost first, as it is drawn), and
+// gives the overlay the click on release. A press that went to the child
+// takes its release along, wherever the pointer is let go.
 //
 // The window is watched weakly: once GTK destroys it the view is empty
 // and takes no clicks.
