@@ -3,7 +3,7 @@
 #include <memory>
 
 // GTK's own declaration, so that the interfaces need not include GTK.
-typedef struct _GtkWidget GtkWidget; // NOLINT(modernize-use-using)
+typedef struct _GtkWidget GtkWidget; // NOLINT(modernize-use-using,bugprone-reserved-identifier)
 
 namespace velmora {
 

@@ -39,7 +39,7 @@ std::shared_ptr<HeadlessShellPlatform> HeadlessShellPlatform::create(std::shared
     return platform;
 }
 
-HeadlessShellPlatform::HeadlessShellPlatform(NotNullShared<MainThread> mainThread, NotNullShared<SystemEnvironment> systemEnvironment, NotNullShared<DiagnosticLog> log)
+HeadlessShellPlatform::HeadlessShellPlatform(const NotNullShared<MainThread>& mainThread, const NotNullShared<SystemEnvironment>& systemEnvironment, NotNullShared<DiagnosticLog> log)
     : m_systemNotifications(NotNullShared<SystemNotificationHub>::make())
     , m_application(NotNullShared<HeadlessApplication>::make(m_systemNotifications.shared(), static_cast<std::int32_t>(::getpid())))
     , m_windowSystem(NotNullShared<HeadlessWindowSystem>::make(mainThread.shared(), m_systemNotifications.shared()))
@@ -57,7 +57,7 @@ HeadlessShellPlatform::HeadlessShellPlatform(NotNullShared<MainThread> mainThrea
           .notificationSettingsOpener = m_notificationSettingsOpener,
           .loginItemService = m_loginItemService,
           .powerAssertions = m_powerAssertions,
-          .diagnosticLog = log,
+          .diagnosticLog = std::move(log),
           .application = m_application,
           .windowSystem = m_windowSystem,
           .statusBar = m_statusBar,

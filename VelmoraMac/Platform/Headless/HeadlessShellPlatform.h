@@ -64,7 +64,7 @@ public:
     void stopOwnMainThread() const;
 
 private:
-    HeadlessShellPlatform(NotNullShared<MainThread> mainThread, NotNullShared<SystemEnvironment> systemEnvironment, NotNullShared<DiagnosticLog> log);
+    HeadlessShellPlatform(const NotNullShared<MainThread>& mainThread, const NotNullShared<SystemEnvironment>& systemEnvironment, NotNullShared<DiagnosticLog> log);
 
     NotNullShared<SystemNotificationHub> m_systemNotifications;
     NotNullShared<HeadlessApplication> m_application;
