@@ -68,6 +68,9 @@ std::string AutostartEntry::render(const std::vector<std::string>& command)
     g_key_file_set_string(file.get(), group, G_KEY_FILE_DESKTOP_KEY_TYPE, G_KEY_FILE_DESKTOP_TYPE_APPLICATION);
     g_key_file_set_string(file.get(), group, G_KEY_FILE_DESKTOP_KEY_NAME, "Velmora");
     g_key_file_set_string(file.get(), group, G_KEY_FILE_DESKTOP_KEY_COMMENT, "Waits in the tray from login");
+    // The installed application's icon, which the desktop's list of
+    // programs started at login shows beside the name.
+    g_key_file_set_string(file.get(), group, G_KEY_FILE_DESKTOP_KEY_ICON, "app.velmora.mac");
     // Sets the string escapes (backslashes and line breaks) over the Exec
     // quoting, as the desktop entry rules layer them.
     g_key_file_set_string(file.get(), group, G_KEY_FILE_DESKTOP_KEY_EXEC, exec.c_str());

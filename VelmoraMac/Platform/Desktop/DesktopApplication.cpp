@@ -189,11 +189,11 @@ struct DesktopApplication::State {
     GWeakRef lastFocused{};
 };
 
-DesktopApplication::DesktopApplication(std::shared_ptr<SystemNotificationHub> notifications, DesktopEventMonitors& monitors, const std::vector<std::string>& arguments)
+DesktopApplication::DesktopApplication(std::shared_ptr<SystemNotificationHub> notifications, DesktopEventMonitors& monitors, const std::optional<std::string>& loginMarker)
     : m_notifications(std::move(notifications))
     , m_state(std::make_unique<State>(*this))
 {
-    m_state->launches.push_back(LoginLaunchMarker::launchEvent(arguments));
+    m_state->launches.push_back(LoginLaunchMarker::launchEvent(loginMarker));
     InstanceRegistry& instances = registry();
     for (; instances.pendingReopens > 0; --instances.pendingReopens)
         m_state->launches.push_back(LaunchEvent{LaunchEvent::reopenApplication, std::nullopt});

@@ -27,7 +27,7 @@ class SystemNotificationHub;
 // ours, so that moving between the pond and the panel posts nothing.
 //
 // Launches: the open request ("oapp", marked as a login launch when the
-// process was started with LoginLaunchMarker's argument) is delivered from
+// process was started with LoginLaunchMarker's variable) is delivered from
 // the main loop once a launch handler is set. When this process holds the
 // session's single instance (claimSingleInstance), every later start of
 // the program reaches the handler as a reopen request ("rapp"), after the
@@ -45,10 +45,11 @@ public:
     // it to the next.
     static constexpr std::int64_t resignGraceMicroseconds = 150'000;
 
-    // `arguments` is the process's command line, argv[0] first, read for
-    // the login marker. Adds a focus filter to `monitors`, which must
-    // outlive nothing of this (the filter goes with whichever goes first).
-    DesktopApplication(std::shared_ptr<SystemNotificationHub> notifications, DesktopEventMonitors& monitors, const std::vector<std::string>& arguments = LoginLaunchMarker::processArguments());
+    // `loginMarker` is the value of the process's login-marker variable,
+    // none when it is not set. Adds a focus filter to `monitors`, which
+    // must outlive nothing of this (the filter goes with whichever goes
+    // first).
+    DesktopApplication(std::shared_ptr<SystemNotificationHub> notifications, DesktopEventMonitors& monitors, const std::optional<std::string>& loginMarker = LoginLaunchMarker::processMarker());
     DesktopApplication(const DesktopApplication&) = delete;
     DesktopApplication& operator=(const DesktopApplication&) = delete;
     DesktopApplication(DesktopApplication&&) = delete;

@@ -1,6 +1,5 @@
 #include "LoginLaunchMarker.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -8,30 +7,19 @@
 
 namespace velmora {
 
-namespace {
-
-bool isMarker(const std::string& argument)
+LaunchEvent LoginLaunchMarker::launchEvent(const std::optional<std::string>& marker)
 {
-    return argument == LoginLaunchMarker::argument;
-}
-
-} // namespace
-
-LaunchEvent LoginLaunchMarker::launchEvent(const std::vector<std::string>& arguments)
-{
-    const bool atLogin = arguments.size() > 1 && std::any_of(std::next(arguments.begin()), arguments.end(), isMarker);
     LaunchEvent event{LaunchEvent::openApplication, std::nullopt};
-    if (atLogin)
+    if (marker == value)
         event.propertyData = LaunchEvent::launchedAsLoginItem;
     return event;
 }
 
 std::vector<std::string> LoginLaunchMarker::loginCommand(const std::string& executable, const std::vector<std::string>& arguments)
 {
-    std::vector<std::string> command{executable};
+    std::vector<std::string> command{"env", std::string(variable) + "=" + std::string(value), executable};
     if (arguments.size() > 1)
-        std::remove_copy_if(std::next(arguments.begin()), arguments.end(), std::back_inserter(command), isMarker);
-    command.emplace_back(argument);
+        command.insert(command.end(), std::next(arguments.begin()), arguments.end());
     return command;
 }
 
@@ -50,6 +38,17 @@ std::string LoginLaunchMarker::processExecutable()
     const std::filesystem::path executable = std::filesystem::read_symlink("/proc/self/exe", error);
     // Without /proc there is no program to name; the caller starts nothing.
     return error ? std::string() : executable.string();
+}
+
+std::optional<std::string> LoginLaunchMarker::processMarker()
+{
+    const gchar* marker = g_getenv(std::string(variable).c_str());
+    return marker != nullptr ? std::optional<std::string>(marker) : std::nullopt;
+}
+
+gchar** LoginLaunchMarker::withoutMarker(gchar** environment)
+{
+    return g_environ_unsetenv(environment, std::string(variable).c_str());
 }
 
 } // namespace velmora

@@ -39,7 +39,7 @@ std::vector<std::string> commandOf(const std::string& text)
 TEST(AutostartEntry, Render_RunsEveryArgumentLiterally)
 {
     const std::vector<std::vector<std::string>> commands = {
-        {"/usr/bin/pond", "--velmora-login"},
+        {"env", "VELMORA_LOGIN_LAUNCH=1", "/usr/bin/velmora"},
         {"/home/me/My Programs/pond", "--title=Lotus pond"},
         {"/opt/pond", "say \"hi\"", "$HOME", "`date`", "back\\slash", "100%", "%u"},
         {"/opt/pond", "it's", "a;b", "x|y", "(z)", "#tag", "~"},

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -58,7 +59,7 @@ protected:
 
     [[nodiscard]] std::unique_ptr<DesktopApplication> application() const
     {
-        return std::make_unique<DesktopApplication>(m_hub, *m_monitors, std::vector<std::string>{"renderer"});
+        return std::make_unique<DesktopApplication>(m_hub, *m_monitors, std::nullopt);
     }
 
     // Records each request, and whether it was the current one meanwhile.

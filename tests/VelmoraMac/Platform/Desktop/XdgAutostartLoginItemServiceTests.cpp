@@ -24,7 +24,7 @@ constexpr const char* hiddenEntry = "[Desktop Entry]\nType=Application\nExec=pon
 
 std::vector<std::string> pondCommand()
 {
-    return {"/opt/pond/pond", "--fps=60", std::string(LoginLaunchMarker::argument)};
+    return LoginLaunchMarker::loginCommand("/opt/pond/pond", {"pond", "--fps=60"});
 }
 
 class XdgAutostartLoginItemServiceTest : public testing::Test {
@@ -59,7 +59,7 @@ TEST_F(XdgAutostartLoginItemServiceTest, Switching_WritesAndRemovesTheEntryTheSe
     login.registerLoginItem();
     EXPECT_EQ(login.status(), LoginItemStatus::enabled);
     const std::string text = DurableFile::read(entry());
-    EXPECT_NE(text.find("Exec=/opt/pond/pond --fps=60 --velmora-login"), std::string::npos) << text;
+    EXPECT_NE(text.find("\nExec=env VELMORA_LOGIN_LAUNCH=1 /opt/pond/pond --fps=60\n"), std::string::npos) << text;
     login.registerLoginItem();
     EXPECT_EQ(login.status(), LoginItemStatus::enabled) << "registering twice changes nothing";
 
@@ -144,22 +144,34 @@ TEST(XdgAutostartLocations, ConfigHome_FollowsTheXdgRules)
     EXPECT_EQ(XdgAutostartLoginItemService::configHomeFrom("", "relative"), std::nullopt);
 }
 
-TEST(LoginLaunchMarker, LaunchEvent_IsALoginLaunchOnlyWithTheMarkerAfterTheProgram)
+TEST(LoginLaunchMarker, LaunchEvent_IsALoginLaunchOnlyWithTheMarkersValue)
 {
-    const std::string marker(LoginLaunchMarker::argument);
     const LaunchEvent login{LaunchEvent::openApplication, LaunchEvent::launchedAsLoginItem};
     const LaunchEvent plain{LaunchEvent::openApplication, std::nullopt};
-    EXPECT_EQ(LoginLaunchMarker::launchEvent({"/opt/pond", marker}), login);
-    EXPECT_EQ(LoginLaunchMarker::launchEvent({marker}), plain) << "a program named like the marker";
-    EXPECT_EQ(LoginLaunchMarker::launchEvent({"/opt/pond", marker + "=1"}), plain);
-    EXPECT_EQ(LoginLaunchMarker::launchEvent({}), plain);
+    EXPECT_EQ(LoginLaunchMarker::launchEvent("1"), login);
+    EXPECT_EQ(LoginLaunchMarker::launchEvent(std::nullopt), plain);
+    EXPECT_EQ(LoginLaunchMarker::launchEvent(""), plain);
+    EXPECT_EQ(LoginLaunchMarker::launchEvent("0"), plain);
+    EXPECT_EQ(LoginLaunchMarker::launchEvent("yes"), plain);
 }
 
-TEST(LoginLaunchMarker, LoginCommand_RelaunchesThisProgramWithOneMarker)
+// The program's own arguments are left as they are, so that a renderer
+// that refuses any argument it does not know starts at login all the same.
+TEST(LoginLaunchMarker, LoginCommand_RelaunchesThisProgramWithItsArgumentsAndTheVariable)
 {
-    const std::string marker(LoginLaunchMarker::argument);
-    EXPECT_EQ(LoginLaunchMarker::loginCommand("/opt/pond", {"pond", marker, "-v"}), (std::vector<std::string>{"/opt/pond", "-v", marker})) << "a login launch switching it on again";
-    EXPECT_EQ(LoginLaunchMarker::loginCommand("/opt/pond", {}), (std::vector<std::string>{"/opt/pond", marker}));
+    EXPECT_EQ(LoginLaunchMarker::loginCommand("/opt/pond", {"pond", "-v"}), (std::vector<std::string>{"env", "VELMORA_LOGIN_LAUNCH=1", "/opt/pond", "-v"}));
+    EXPECT_EQ(LoginLaunchMarker::loginCommand("/opt/pond", {}), (std::vector<std::string>{"env", "VELMORA_LOGIN_LAUNCH=1", "/opt/pond"}));
+}
+
+// What the library starts does not count as started at login; the rest of
+// the environment goes along.
+TEST(LoginLaunchMarker, WithoutMarker_LeavesEverythingElse)
+{
+    gchar** environment = g_environ_setenv(g_environ_setenv(nullptr, "VELMORA_LOGIN_LAUNCH", "1", TRUE), "LANG", "fr_FR.UTF-8", TRUE);
+    environment = LoginLaunchMarker::withoutMarker(environment);
+    EXPECT_EQ(g_environ_getenv(environment, "VELMORA_LOGIN_LAUNCH"), nullptr);
+    EXPECT_STREQ(g_environ_getenv(environment, "LANG"), "fr_FR.UTF-8");
+    g_strfreev(environment);
 }
 
 } // namespace
