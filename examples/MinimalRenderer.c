@@ -25,17 +25,17 @@
 /* ---- The library's functions, looked up at run time ---- */
 
 typedef struct {
-    void (*start)(void);
-    void (*notice)(const char*);
-    char* (*copyEvent)(void);
-    void (*freeEvent)(char*);
-    float (*contentWidth)(void);
-    int32_t (*isPondVisible)(void);
-    int32_t (*isPondInteractive)(void);
-    void (*readPointer)(float*, float*);
-    void (*readPointerButtons)(int32_t*, int32_t*, int32_t*);
-    void (*readScroll)(float*, float*);
-    void (*readNavigation)(float*, float*);
+    VelmoraStartFunction start;
+    VelmoraNoticeFunction notice;
+    VelmoraCopyEventFunction copyEvent;
+    VelmoraFreeFunction freeEvent;
+    VelmoraContentWidthFunction contentWidth;
+    VelmoraIsPondVisibleFunction isPondVisible;
+    VelmoraIsPondInteractiveFunction isPondInteractive;
+    VelmoraReadPointerFunction readPointer;
+    VelmoraReadPointerButtonsFunction readPointerButtons;
+    VelmoraReadScrollFunction readScroll;
+    VelmoraReadNavigationFunction readNavigation;
 } Velmora;
 
 /* ISO C has no conversion from dlsym's object pointer to a function
@@ -461,7 +461,7 @@ static void* render(void* argument)
 
 int main(int argc, char** argv)
 {
-    const char* path = argc > 1 ? argv[1] : "libVelmoraNative.so.0";
+    const char* path = argc > 1 ? argv[1] : VELMORA_LIBRARY_SONAME;
     Velmora velmora;
     RenderThread thread;
     pthread_t renderer;

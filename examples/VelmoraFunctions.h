@@ -20,22 +20,22 @@ public:
 };
 
 struct VelmoraFunctions {
-    decltype(&VelmoraStart) start = nullptr;
-    decltype(&VelmoraNotice) notice = nullptr;
-    decltype(&VelmoraCopyEvent) copyEvent = nullptr;
-    decltype(&VelmoraFree) freeEvent = nullptr;
-    decltype(&VelmoraContentWidth) contentWidth = nullptr;
-    decltype(&VelmoraIsPondVisible) isPondVisible = nullptr;
-    decltype(&VelmoraIsPondInteractive) isPondInteractive = nullptr;
-    decltype(&VelmoraReadPointer) readPointer = nullptr;
-    decltype(&VelmoraReadPointerButtons) readPointerButtons = nullptr;
-    decltype(&VelmoraReadScroll) readScroll = nullptr;
-    decltype(&VelmoraReadNavigation) readNavigation = nullptr;
+    VelmoraStartFunction start = nullptr;
+    VelmoraNoticeFunction notice = nullptr;
+    VelmoraCopyEventFunction copyEvent = nullptr;
+    VelmoraFreeFunction freeEvent = nullptr;
+    VelmoraContentWidthFunction contentWidth = nullptr;
+    VelmoraIsPondVisibleFunction isPondVisible = nullptr;
+    VelmoraIsPondInteractiveFunction isPondInteractive = nullptr;
+    VelmoraReadPointerFunction readPointer = nullptr;
+    VelmoraReadPointerButtonsFunction readPointerButtons = nullptr;
+    VelmoraReadScrollFunction readScroll = nullptr;
+    VelmoraReadNavigationFunction readNavigation = nullptr;
 
     // Loads `path` (a file name alone goes through the dynamic loader's
-    // search) and looks up every function. The library is never closed: its
-    // own threads may still run, and it promises nothing about being
-    // unloaded. Throws VelmoraLoadError. Call it before the library's
+    // search) and looks up every function. The library is never closed: it
+    // is linked never to be unloaded (velmora.h), and its own threads may
+    // still run. Throws VelmoraLoadError. Call it before the library's
     // threads exist, as dlerror is not thread-safe.
     static VelmoraFunctions load(const std::string& path)
     {

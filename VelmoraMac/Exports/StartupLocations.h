@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string_view>
@@ -7,20 +8,33 @@
 namespace velmora {
 
 // Where start-up finds its files on Linux. The content resource travels with
-// the library file: the build and the install rules put "content.json" in
-// the same folder as libVelmoraNative.so. The user's data lives in the XDG
-// data home, which stands in for the user's Application Support folder.
+// the library's real file: the build and the install rules put
+// "velmora/content.json" beside libVelmoraNative.so.<version>, in a folder
+// of its own, and the library finds it there whatever path it was loaded
+// by (a symbolic link in another folder, a relative LD_LIBRARY_PATH). The
+// user's data lives in the XDG data home, which stands in for the user's
+// Application Support folder.
 class StartupLocations {
 public:
     StartupLocations() = delete;
 
-    // "content.json" in the folder of the file this library was loaded from;
-    // none when the loader cannot tell that file or nothing is there.
+    // The folder beside the library that holds its resources.
+    static constexpr const char* resourceFolder = "velmora";
+
+    // "velmora/content.json" in the folder of the real file this library
+    // was loaded from; none when that file cannot be told or no regular
+    // file is there.
     static std::optional<std::filesystem::path> contentResource();
 
-    // The folder of the loaded file (library or executable) that holds
-    // `address`, made absolute; none when the loader does not know it.
+    // The folder of the real file (library or executable) loaded at
+    // `address`: the file the kernel mapped, so every symbolic link on the
+    // way resolved and the path absolute whatever the current folder has
+    // become since; none when neither the kernel nor the loader tells.
     static std::optional<std::filesystem::path> folderOfLoadedFile(const void* address);
+
+    // The file mapped at `address` as `maps` (the text of /proc/self/maps)
+    // names it; none when no file is mapped there.
+    static std::optional<std::filesystem::path> mappedFile(std::string_view maps, std::uintptr_t address);
 
     // The XDG data home: `xdgDataHome` when it is an absolute path, else
     // ".local/share" in `home` when that is absolute. Relative values are

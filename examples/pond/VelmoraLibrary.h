@@ -2,14 +2,16 @@
 
 #include <string>
 
+#include <velmora/velmora.h>
+
 #include "PondInput.h"
 #include "VelmoraFunctions.h"
 
 namespace pond {
 
 // libVelmoraNative, loaded at run time, and its eleven functions. The
-// library stays loaded until the process ends: its own threads may still
-// run, and it promises nothing about being unloaded.
+// library stays loaded until the process ends: it is linked never to be
+// unloaded (velmora.h), and its own threads may still run.
 //
 // Any thread may call; each call but the event's release waits for the
 // library's main thread (see velmora.h), so a frame makes its calls in one

@@ -1,4 +1,5 @@
-// The pond: the reference rendering program of libVelmoraNative.
+// The pond: the reference rendering program of libVelmoraNative, installed
+// as the user's application `velmora`.
 //
 //   pond [--library PATH] [--screenshot FILE [--after N]] [--frames N]
 //   pond [--library PATH] --benchmark [--frames N] [--size WIDTHxHEIGHT] [--scale N]
@@ -16,15 +17,12 @@
 #include <string_view>
 
 #include <gtk/gtk.h>
+#include <velmora/velmora.h>
 
 #include "PondBenchmark.h"
 #include "PondDemoState.h"
 #include "PondWindow.h"
 #include "VelmoraLibrary.h"
-
-#ifndef POND_VELMORA_LIBRARY
-#define POND_VELMORA_LIBRARY "libVelmoraNative.so.0"
-#endif
 
 namespace {
 
@@ -40,15 +38,28 @@ struct Arguments {
     pond::PondWindow::Options window;
 };
 
-// The library of the build tree when it is there, else the one the
-// dynamic loader finds.
+// The library this program was built with: the build tree's for the pond
+// of a build (POND_VELMORA_LIBRARY, an absolute path), the installed one
+// for an installed program (POND_INSTALLED_LIBRARY, a path from the
+// program's own folder, so that any installation prefix works), else
+// the one the dynamic loader finds.
 std::string defaultLibrary()
 {
-    std::error_code ignored;
     // A failed look is the same as no file there.
+    std::error_code ignored;
+#ifdef POND_VELMORA_LIBRARY
     if (std::filesystem::exists(POND_VELMORA_LIBRARY, ignored))
         return POND_VELMORA_LIBRARY;
-    return "libVelmoraNative.so.0";
+#endif
+#ifdef POND_INSTALLED_LIBRARY
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", ignored);
+    if (!program.empty()) {
+        const std::filesystem::path installed = (program.parent_path() / POND_INSTALLED_LIBRARY).lexically_normal();
+        if (std::filesystem::exists(installed, ignored))
+            return installed.string();
+    }
+#endif
+    return VELMORA_LIBRARY_SONAME;
 }
 
 std::optional<std::size_t> count(const char* text)

@@ -30,14 +30,44 @@
  *   saved practice is left as it was. A noticing that cannot be saved is
  *   shown to the user in the settings panel.
  *
+ * One process at a time
+ *   Only one process keeps the user's practice. On a desktop,
+ *   VelmoraStart() in a second process of the same session hands over to
+ *   the first, which comes forward, and then ends this process with status
+ *   0 without returning: a program must not count on VelmoraStart()
+ *   returning, nor hold unsaved work of its own when it calls it. See
+ *   VelmoraStart().
+ *
  * Out-parameters
  *   Every out-parameter is written on every path. A null out-pointer is
  *   skipped.
+ *
+ * Loading
+ *   A program may link the library (pkg-config velmora, or the CMake
+ *   package Velmora with its target Velmora::VelmoraNative) or load it at
+ *   run time with dlopen("libVelmoraNative.so.0", ...) and look each
+ *   function up with dlsym; the Velmora...Function types below are the
+ *   types to convert those results to. The library is linked with
+ *   -z nodelete: once loaded it stays in the process until the process
+ *   ends, and dlclose() does not unload it (its threads, windows and tray
+ *   item live on). It reads "content.json" from the folder "velmora"
+ *   beside its own file, found through any symbolic link to it.
  */
 #ifndef VELMORA_VELMORA_H
 #define VELMORA_VELMORA_H
 
 #include <stdint.h>
+
+/* The version of this interface and of the library that implements it. */
+#define VELMORA_VERSION_MAJOR 0
+#define VELMORA_VERSION_MINOR 1
+#define VELMORA_VERSION_PATCH 0
+#define VELMORA_VERSION_STRING "0.1.0"
+/* One number to compare: major * 10000 + minor * 100 + patch. */
+#define VELMORA_VERSION (VELMORA_VERSION_MAJOR * 10000 + VELMORA_VERSION_MINOR * 100 + VELMORA_VERSION_PATCH)
+
+/* The file to pass to dlopen(): the library's soname. */
+#define VELMORA_LIBRARY_SONAME "libVelmoraNative.so.0"
 
 #if defined(__GNUC__)
 #define VELMORA_EXTERN __attribute__((visibility("default")))
@@ -50,8 +80,9 @@ extern "C" {
 #endif
 
 /*
- * Builds the library's objects: reads the content resource "content.json"
- * from the folder of the library file, loads the saved practice from
+ * Builds the library's objects: reads the content resource
+ * "velmora/content.json" from the folder of the library's real file (any
+ * symbolic links to the library resolved), loads the saved practice from
  * $XDG_DATA_HOME/app.velmora.mac/practice.json (XDG_DATA_HOME defaults to
  * ~/.local/share and is created if missing), and puts the tray item up.
  * Only the first successful call does anything; later calls, from any
@@ -61,6 +92,17 @@ extern "C" {
  * cannot be had, it shows an alert in the user's language (without a
  * desktop: three lines on standard error) and ends the process with a
  * non-zero status.
+ *
+ * A second instance writes nothing and does not return. On a desktop, when
+ * another process of the session already runs the library, it asks that
+ * one to come forward and ends this process with status 0 (its exit
+ * handlers run, as when the user quits). Elsewhere, when another process
+ * keeps the same data folder, it says that Velmora is already running, as
+ * the alert above, and ends this process with a non-zero status.
+ *
+ * A program started at login through the autostart entry the library
+ * writes (which sets VELMORA_LOGIN_LAUNCH=1 in its environment) comes up
+ * with the pond hidden, waiting in the tray.
  */
 VELMORA_EXTERN void VelmoraStart(void);
 
@@ -135,6 +177,22 @@ VELMORA_EXTERN void VelmoraReadScroll(float* dx, float* dy);
  * Reading does not reset it.
  */
 VELMORA_EXTERN void VelmoraReadNavigation(float* dx, float* dy);
+
+/*
+ * The types of the functions above, for programs that load the library
+ * with dlopen() and look the functions up by name with dlsym().
+ */
+typedef void (*VelmoraStartFunction)(void);
+typedef void (*VelmoraNoticeFunction)(const char* topicID);
+typedef char* (*VelmoraCopyEventFunction)(void);
+typedef void (*VelmoraFreeFunction)(char* event);
+typedef float (*VelmoraContentWidthFunction)(void);
+typedef int32_t (*VelmoraIsPondVisibleFunction)(void);
+typedef int32_t (*VelmoraIsPondInteractiveFunction)(void);
+typedef void (*VelmoraReadPointerFunction)(float* x, float* y);
+typedef void (*VelmoraReadPointerButtonsFunction)(int32_t* down, int32_t* held, int32_t* up);
+typedef void (*VelmoraReadScrollFunction)(float* dx, float* dy);
+typedef void (*VelmoraReadNavigationFunction)(float* dx, float* dy);
 
 #ifdef __cplusplus
 }

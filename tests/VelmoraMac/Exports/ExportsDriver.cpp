@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <string>
@@ -93,11 +94,18 @@ int run(const VelmoraFunctions& library, const std::string& scenario, const std:
         library.start();
         std::cout << "second " << library.takeEvent() << '\n'
                   << "threadsAfterSecond " << threadCount() << '\n';
-    } else if (scenario == "notice") {
+    } else if (scenario == "notice" || scenario == "notice-elsewhere") {
         // notice [<topic>...]: each topic in turn, then every event there is.
+        // notice-elsewhere <folder> [<topic>...]: the same, from <folder>,
+        // where the program goes between loading the library and starting it.
+        std::vector<std::string> topics = arguments;
+        if (scenario == "notice-elsewhere") {
+            std::filesystem::current_path(topics.at(0));
+            topics.erase(topics.begin());
+        }
         library.start();
         std::cout << "initial " << library.takeEvent() << '\n';
-        for (const std::string& topic : arguments)
+        for (const std::string& topic : topics)
             library.notice(topic == "(null)" ? nullptr : topic.c_str());
         callWithNullPointers(library);
         std::cout << "event " << library.takeEvent() << '\n'

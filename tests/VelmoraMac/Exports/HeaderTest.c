@@ -22,3 +22,28 @@ extern const struct VelmoraInterface velmoraHeaderTest;
 const struct VelmoraInterface velmoraHeaderTest = {VelmoraStart, VelmoraNotice, VelmoraCopyEvent, VelmoraFree,
     VelmoraContentWidth, VelmoraIsPondVisible, VelmoraIsPondInteractive, VelmoraReadPointer, VelmoraReadPointerButtons,
     VelmoraReadScroll, VelmoraReadNavigation};
+
+/* The same with the function types the header gives dlopen users. */
+struct VelmoraLoaded {
+    VelmoraStartFunction start;
+    VelmoraNoticeFunction notice;
+    VelmoraCopyEventFunction copyEvent;
+    VelmoraFreeFunction freeEvent;
+    VelmoraContentWidthFunction contentWidth;
+    VelmoraIsPondVisibleFunction isPondVisible;
+    VelmoraIsPondInteractiveFunction isPondInteractive;
+    VelmoraReadPointerFunction readPointer;
+    VelmoraReadPointerButtonsFunction readPointerButtons;
+    VelmoraReadScrollFunction readScroll;
+    VelmoraReadNavigationFunction readNavigation;
+};
+
+extern const struct VelmoraLoaded velmoraHeaderTestLoaded;
+const struct VelmoraLoaded velmoraHeaderTestLoaded = {VelmoraStart, VelmoraNotice, VelmoraCopyEvent, VelmoraFree,
+    VelmoraContentWidth, VelmoraIsPondVisible, VelmoraIsPondInteractive, VelmoraReadPointer, VelmoraReadPointerButtons,
+    VelmoraReadScroll, VelmoraReadNavigation};
+
+/* The version is a number a preprocessor can compare. */
+#if VELMORA_VERSION < 100
+#error "VELMORA_VERSION is not a number of the form major * 10000 + minor * 100 + patch"
+#endif

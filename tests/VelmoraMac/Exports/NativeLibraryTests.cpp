@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include "DriverProcess.h"
@@ -46,6 +47,24 @@ TEST(NativeLibrary, SharedObject_ExportsExactlyTheCInterfaceUnderItsSoname)
     const std::vector<std::string> soname = headers.linesStartingWith("  SONAME");
     ASSERT_EQ(soname.size(), 1U) << headers.output;
     EXPECT_EQ(soname[0].substr(soname[0].find_last_of(' ') + 1), "libVelmoraNative.so.0");
+}
+
+// A renderer that closes its handle must not pull the library out from
+// under its own threads, windows and tray item: it is linked to stay.
+TEST(NativeLibrary, SharedObject_StaysLoadedWhenClosed)
+{
+    const std::string library = DriverProcess::builtLibrary().string();
+    const DriverProcess::Result dynamic = DriverProcess::runProgram({"readelf", "--dynamic", library});
+    ASSERT_EQ(dynamic.status, 0) << dynamic.errors;
+    const std::vector<std::string> flags = dynamic.linesStartingWith(" 0x000000006ffffffb (FLAGS_1)");
+    ASSERT_EQ(flags.size(), 1U) << dynamic.output;
+    EXPECT_NE(flags[0].find("NODELETE"), std::string::npos) << flags[0];
+
+    void* handle = ::dlopen(library.c_str(), RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(handle, nullptr) << ::dlerror(); // NOLINT(concurrency-mt-unsafe): one thread here
+    EXPECT_EQ(::dlclose(handle), 0);
+    void* again = ::dlopen(library.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NOLOAD);
+    EXPECT_NE(again, nullptr) << "dlclose unloaded the library";
 }
 
 } // namespace

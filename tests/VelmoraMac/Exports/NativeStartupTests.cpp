@@ -1,6 +1,7 @@
 #include <array>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <future>
 #include <iostream>
 #include <optional>
@@ -22,19 +23,33 @@ using test::DriverProcess;
 class NativeStartupTest : public test::ExportsFixture {
 protected:
     // A copy of the built library in a folder of its own, with `content`
-    // beside it as its content file, or none.
+    // beside it as its content file (velmora/content.json), or none.
     [[nodiscard]] fs::path libraryWithContent(const std::optional<std::string>& content) const
     {
         const fs::path folder = m_folder / "lib";
         fs::create_directories(folder);
-        fs::path library = folder / "libVelmoraNative.so";
+        fs::path library = folder / "libVelmoraNative.so.0.1.0";
         fs::copy_file(DriverProcess::builtLibrary(), library);
-        if (content)
-            test::writeFileBytes(folder / "content.json", *content);
+        if (content) {
+            fs::create_directories(folder / "velmora");
+            test::writeFileBytes(folder / "velmora" / "content.json", *content);
+        }
         return library;
     }
 
-    [[nodiscard]] static std::string shippedContent() { return test::fileBytes(DriverProcess::builtLibrary().parent_path() / "content.json"); }
+    [[nodiscard]] static std::string shippedContent() { return test::fileBytes(DriverProcess::builtLibrary().parent_path() / "velmora" / "content.json"); }
+
+    // Runs the driver's `scenario` with `library` from the folder `from`,
+    // with `variables` added to the environment.
+    [[nodiscard]] DriverProcess::Result driveFrom(const fs::path& from, const std::string& library, const std::vector<std::string>& arguments, const DriverProcess::Environment& variables = {}) const
+    {
+        DriverProcess::Environment environment = this->environment();
+        for (const auto& [variable, value] : variables)
+            environment[variable] = value;
+        std::vector<std::string> command = {"env", "-C", from.string(), VELMORA_EXPORTS_DRIVER, library};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        return DriverProcess::runProgram(command, environment);
+    }
 };
 
 std::string incompleteContent()
@@ -97,6 +112,90 @@ TEST_F(NativeStartupTest, Failure_ShowsTheAlertInTheUsersLanguageAndEndsWithoutT
         if (entry.dataHomeBlocked) {
             EXPECT_EQ(test::fileBytes(blocker), "in the way");
         }
+    }
+}
+
+// The content is read from the folder "velmora" beside the library's real
+// file, however the program reached the library: by a link in another
+// folder, through a chain of links, by its soname on a relative
+// LD_LIBRARY_PATH, and after the program has left the folder it loaded
+// the library from.
+TEST_F(NativeStartupTest, Locations_FindTheContentBesideTheLibrarysRealFile)
+{
+    seed(onboardedState());
+    const fs::path library = libraryWithContent(shippedContent());
+    const fs::path links = m_folder / "links";
+    fs::create_directories(links / "deeper");
+    // As ldconfig and the package lay them out: soname and development
+    // links beside the file, here in another folder as well.
+    fs::create_symlink("../lib/" + library.filename().string(), links / "libVelmoraNative.so.0");
+    fs::create_symlink(links / "libVelmoraNative.so.0", links / "deeper" / "libVelmoraNative.so");
+
+    struct LinkCase {
+        const char* name;
+        fs::path from;
+        std::string library;
+        DriverProcess::Environment variables;
+        std::vector<std::string> arguments;
+    };
+    const std::vector<LinkCase> cases = {
+        {"the file itself", m_folder.path(), library.string(), {}, {"notice", "smoking"}},
+        {"a relative link in another folder", m_folder.path(), (links / "libVelmoraNative.so.0").string(), {}, {"notice", "smoking"}},
+        {"a chain of links", m_folder.path(), (links / "deeper" / "libVelmoraNative.so").string(), {}, {"notice", "smoking"}},
+        {"a relative path to a link", m_folder.path(), "./links/deeper/libVelmoraNative.so", {}, {"notice", "smoking"}},
+        {"the soname on a relative LD_LIBRARY_PATH", m_folder.path(), "libVelmoraNative.so.0", {{"LD_LIBRARY_PATH", "links"}}, {"notice", "smoking"}},
+        {"the same, the program moving on before the start", m_folder.path(), "libVelmoraNative.so.0", {{"LD_LIBRARY_PATH", "links"}}, {"notice-elsewhere", "/", "smoking"}},
+    };
+    std::int64_t noticed = 0;
+    for (const LinkCase& entry : cases) {
+        SCOPED_TRACE(entry.name);
+        const DriverProcess::Result result = driveFrom(entry.from, entry.library, entry.arguments, entry.variables);
+        ASSERT_EQ(result.status, 0) << result.errors;
+        EXPECT_EQ(result.errors, "");
+        EXPECT_EQ(momentsInEvent(result.value("event").value_or("{}"), "smoking"), seededSmokingMoments + ++noticed);
+    }
+}
+
+// Only the folder beside the real file counts, and only a regular file in
+// it: anything else is the start-up alert, the practice untouched.
+TEST_F(NativeStartupTest, Locations_ContentElsewhereOrNoFile_ShowsTheAlert)
+{
+    seed(onboardedState());
+    const std::string stateBefore = test::fileBytes(stateFile());
+    const MacStrings::Table& texts = MacStrings::table("en");
+    const std::vector<std::string> alert = {texts.at("startupError"), texts.at("startupErrorBody"), texts.at("okay")};
+    const fs::path library = libraryWithContent(std::nullopt);
+    const fs::path links = m_folder / "links";
+    fs::create_directories(links / "velmora");
+    fs::create_symlink(library, links / "libVelmoraNative.so.0");
+    const fs::path resources = library.parent_path() / "velmora";
+
+    struct Placement {
+        const char* name;
+        std::function<void()> place;
+    };
+    const std::vector<Placement> cases = {
+        {"beside the link only", [&] { test::writeFileBytes(links / "velmora" / "content.json", shippedContent()); }},
+        {"in the library's own folder, not in velmora/", [&] { test::writeFileBytes(library.parent_path() / "content.json", shippedContent()); }},
+        {"a folder named content.json", [&] { fs::create_directories(resources / "content.json"); }},
+        {"a dangling link", [&] {
+             fs::create_directories(resources);
+             fs::create_symlink(m_folder / "nothing-here.json", resources / "content.json");
+         }},
+        {"velmora/ is a file", [&] { test::writeFileBytes(resources, shippedContent()); }},
+    };
+    for (const Placement& entry : cases) {
+        SCOPED_TRACE(entry.name);
+        entry.place();
+        const DriverProcess::Result result = driveFrom(m_folder.path(), (links / "libVelmoraNative.so.0").string(), {"notice", "smoking"});
+        EXPECT_NE(result.status, 0);
+        EXPECT_EQ(result.errorLines(), alert);
+        EXPECT_FALSE(result.value("initial").has_value()) << "the process went on after a failed start";
+        EXPECT_EQ(test::fileBytes(stateFile()), stateBefore);
+        fs::remove_all(resources);
+        fs::remove_all(links / "velmora");
+        fs::create_directories(links / "velmora");
+        fs::remove(library.parent_path() / "content.json");
     }
 }
 
