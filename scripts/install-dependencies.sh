@@ -42,6 +42,11 @@ packages="
     clang-format
     clang-tidy
     binutils
+    librsvg2-bin
+    desktop-file-utils
+    appstream
+    file
+    x11-utils
 "
 
 missing=""

@@ -26,6 +26,11 @@
 
 namespace {
 
+// The desktop entry this program is installed under (app.velmora.mac.desktop):
+// its windows carry this class (StartupWMClass) and application id, and
+// the icon of that name.
+constexpr const char* applicationID = "app.velmora.mac";
+
 constexpr const char* usage = "usage: pond [--library PATH] [--screenshot FILE [--after N]] [--frames N]\n"
                               "       pond [--library PATH] --benchmark [--frames N] [--size WIDTHxHEIGHT] [--scale N]\n"
                               "       pond --seed-demo DATA_HOME\n";
@@ -142,10 +147,19 @@ int seed(const std::string& dataHome)
 
 int showPond(int argc, char** argv, const Arguments& arguments)
 {
+    // The windows' class (WM_CLASS on X11, the application id on Wayland)
+    // comes from these, so both are set before GTK makes any window: the
+    // program's name before GTK starts, the class once it has (starting
+    // sets it from the name, capitalised).
+    g_set_prgname(applicationID);
     if (gtk_init_check(&argc, &argv) == FALSE) {
         std::fprintf(stderr, "pond: no display to show the pond on (pond --benchmark needs none)\n");
         return EXIT_FAILURE;
     }
+    gdk_set_program_class(applicationID);
+    g_set_application_name("Velmora");
+    // The pond's and the library's panel alike, where the icon theme has it.
+    gtk_window_set_default_icon_name(applicationID);
     try {
         // The window first: the library adopts it when it starts.
         pond::PondWindow window(arguments.window);

@@ -5,7 +5,8 @@
 #
 # SANITIZERS, as the build's -fsanitize=, builds the consumer the same way:
 # a sanitized library loads only into a program that has the runtime.
-# every file in its place, no run-time search path in the binaries, the program starting
+# every file in its place, the desktop files valid, the icon in every size
+# it claims, no run-time search path in the binaries, the program starting
 # with the library installed beside it, and a program of someone else's
 # built against the library with find_package(Velmora) and with pkg-config,
 # linked and loaded at run time, also through a link in another folder and a
@@ -49,9 +50,29 @@ expect_file "$libdir/pkgconfig/velmora.pc"
 expect_file "$libdir/cmake/Velmora/VelmoraConfig.cmake"
 expect_file "$libdir/cmake/Velmora/VelmoraConfigVersion.cmake"
 expect_file "$libdir/cmake/Velmora/VelmoraTargets.cmake"
+expect_file "share/applications/app.velmora.mac.desktop"
+expect_file "share/metainfo/app.velmora.mac.metainfo.xml"
+expect_file "share/icons/hicolor/scalable/apps/app.velmora.mac.svg"
+expect_file "share/man/man1/velmora.1.gz"
 expect_file "share/doc/velmora/copyright"
 expect_file "share/doc/velmora/changelog.gz"
 grep -q "Copyright (c) 2026 The Velmora authors" "$prefix/share/doc/velmora/copyright" || fail "the copyright file lacks the copyright line"
+
+desktop-file-validate "$prefix/share/applications/app.velmora.mac.desktop" || fail "the desktop entry is not valid"
+appstreamcli validate --no-net "$prefix/share/metainfo/app.velmora.mac.metainfo.xml" >/dev/null || fail "the metainfo is not valid"
+grep -q "<release version=\"$version\"" "$prefix/share/metainfo/app.velmora.mac.metainfo.xml" || fail "the metainfo has no release $version"
+
+# The icon the entry names, in each size the theme's folders say.
+icon=$(sed -n 's/^Icon=//p' "$prefix/share/applications/app.velmora.mac.desktop")
+[ "$icon" = "app.velmora.mac" ] || fail "the entry's icon is $icon"
+for size in 16 22 24 32 48 64 128 256 512; do
+    png="$prefix/share/icons/hicolor/${size}x${size}/apps/$icon.png"
+    if [ ! -f "$png" ]; then
+        fail "no ${size}x${size} icon"
+        continue
+    fi
+    file -b "$png" | grep -q "^PNG image data, $size x $size," || fail "$png is $(file -b "$png")"
+done
 
 # The package's binaries find what they need without a search path of
 # their own, and the program names no file of the build tree.

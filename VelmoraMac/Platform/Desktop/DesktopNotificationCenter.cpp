@@ -302,7 +302,7 @@ void DesktopNotificationCenter::post(const NotificationRequest& request)
     g_variant_builder_add(&hints, "{sv}", "desktop-entry", g_variant_new_string(desktopEntry));
     if (request.sound != NotificationSound::none)
         g_variant_builder_add(&hints, "{sv}", "sound-name", g_variant_new_string(soundName));
-    GVariant* parameters = g_variant_new("(susssasa{sv}i)", applicationName, 0U, "", request.title.c_str(), request.body.c_str(), &actions, &hints, -1);
+    GVariant* parameters = g_variant_new("(susssasa{sv}i)", applicationName, 0U, iconName, request.title.c_str(), request.body.c_str(), &actions, &hints, -1);
     GVariant* reply = callSync(m_connection.get(), serverName, serverPath, serverInterface, "Notify", parameters, G_VARIANT_TYPE("(u)"));
     // Without a server the reminder is lost; the status already says so.
     if (reply == nullptr)

@@ -70,6 +70,9 @@ public:
     // The desktop entry the server shows our notifications under, and the
     // application id GNOME keeps our switch under.
     static constexpr const char* desktopEntry = "app.velmora.mac";
+    // The application's icon in the icon theme, which the server shows
+    // beside the notification.
+    static constexpr const char* iconName = "app.velmora.mac";
     // GNOME's per-application settings live at the desktop entry's id in
     // lower case, with every character other than a letter, a digit or a
     // dash turned into a dash.

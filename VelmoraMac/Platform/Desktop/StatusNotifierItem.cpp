@@ -235,7 +235,7 @@ GVariant* StatusNotifierItem::property(std::string_view name) const
     if (name == "WindowId")
         return g_variant_new_int32(0);
     if (name == "IconName")
-        return g_variant_new_string("");
+        return g_variant_new_string(iconName);
     if (name == "IconPixmap")
         return g_variant_ref(m_icon.get());
     if (name == "ToolTip")

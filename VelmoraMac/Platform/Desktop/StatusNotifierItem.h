@@ -66,6 +66,9 @@ public:
     static constexpr const char* watcherName = "org.kde.StatusNotifierWatcher";
     static constexpr const char* watcherPath = "/StatusNotifierWatcher";
     static constexpr const char* id = "app.velmora.mac";
+    // The installed application's icon in the icon theme, which hosts that
+    // find it draw at any scale; the others draw the pixmaps.
+    static constexpr const char* iconName = "app.velmora.mac";
 
     StatusNotifierItem(GDBusConnection* bus, double length);
     StatusNotifierItem(const StatusNotifierItem&) = delete;

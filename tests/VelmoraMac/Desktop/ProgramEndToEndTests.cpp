@@ -14,6 +14,7 @@
 #include <fstream>
 #include <iterator>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -40,19 +41,6 @@ std::string fileText(const fs::path& path)
 {
     std::ifstream file(path);
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
-// The Exec key of a desktop entry, as its text stands.
-std::string execOf(const fs::path& entry)
-{
-    GKeyFile* file = g_key_file_new();
-    gchar* exec = nullptr;
-    if (g_key_file_load_from_file(file, entry.c_str(), G_KEY_FILE_NONE, nullptr) != FALSE)
-        exec = g_key_file_get_string(file, G_KEY_FILE_DESKTOP_GROUP, G_KEY_FILE_DESKTOP_KEY_EXEC, nullptr);
-    g_key_file_unref(file);
-    std::string text = exec != nullptr ? exec : "";
-    g_free(exec);
-    return text;
 }
 
 // Whether process `pid` runs (a zombie no longer does).
@@ -82,16 +70,41 @@ std::optional<std::string> outputOf(const std::vector<std::string>& command)
     return text;
 }
 
-// The windows of process `pid` that are on the screen now.
-std::size_t shownWindows(pid_t pid)
+// The windows of process `pid` that are on the screen now, by X id.
+std::vector<std::string> shownWindowsOf(pid_t pid)
 {
     const std::optional<std::string> found = outputOf({"xdotool", "search", "--all", "--onlyvisible", "--pid", std::to_string(pid), ".*"});
-    if (!found)
-        return 0;
-    std::size_t lines = 0;
-    for (const char character : *found)
-        lines += character == '\n' ? 1 : 0;
-    return lines;
+    std::vector<std::string> windows;
+    std::istringstream lines(found.value_or(""));
+    for (std::string line; std::getline(lines, line);) {
+        if (!line.empty())
+            windows.push_back(line);
+    }
+    return windows;
+}
+
+std::size_t shownWindows(pid_t pid)
+{
+    return shownWindowsOf(pid).size();
+}
+
+// A property of an X window as xprop prints it, "NAME(TYPE) = value".
+std::string windowProperty(const std::string& window, const std::string& property)
+{
+    return outputOf({"xprop", "-id", window, property}).value_or("");
+}
+
+// A key of a desktop entry's main group, as its text stands.
+std::string desktopKey(const fs::path& entry, const char* key)
+{
+    GKeyFile* file = g_key_file_new();
+    gchar* value = nullptr;
+    if (g_key_file_load_from_file(file, entry.c_str(), G_KEY_FILE_NONE, nullptr) != FALSE)
+        value = g_key_file_get_string(file, G_KEY_FILE_DESKTOP_GROUP, key, nullptr);
+    g_key_file_unref(file);
+    std::string text = value != nullptr ? value : "";
+    g_free(value);
+    return text;
 }
 
 class ProgramEndToEnd : public ::testing::Test {
@@ -291,13 +304,47 @@ protected:
     std::vector<pid_t> m_programs;
 };
 
+// Started from the menu, the program is the menu's entry to the desktop: its
+// window has the entry's StartupWMClass and the entry's icon, which the
+// installed icon theme holds, and the tray item names the same icon.
+TEST_F(ProgramEndToEnd, FromTheMenu_TheWindowAndTheTrayItemCarryTheEntrysClassAndIcon)
+{
+    const fs::path installed = fs::path(VELMORA_PROGRAM).parent_path().parent_path() / "share";
+    const fs::path entry = installed / "applications" / "app.velmora.mac.desktop";
+    const std::string icon = desktopKey(entry, G_KEY_FILE_DESKTOP_KEY_ICON);
+    ASSERT_EQ(icon, "app.velmora.mac");
+    EXPECT_TRUE(fs::exists(installed / "icons" / "hicolor" / "scalable" / "apps" / (icon + ".svg")));
+    // The installed data where a session looks for it.
+    g_setenv("XDG_DATA_DIRS", (installed.string() + ":/usr/share").c_str(), TRUE);
+
+    ASSERT_NO_FATAL_FAILURE(startFromTheMenu({VELMORA_PROGRAM}, false));
+    const std::string item = awaitItem(1);
+    ASSERT_FALSE(item.empty());
+    const pid_t program = processOf(item);
+    std::vector<std::string> windows;
+    ASSERT_TRUE(iterateUntil([&] { return !(windows = shownWindowsOf(program)).empty(); }, 20s)) << "the pond did not show";
+    const std::string wmClass = desktopKey(entry, "StartupWMClass");
+    EXPECT_EQ(windowProperty(windows.front(), "WM_CLASS"), "WM_CLASS(STRING) = \"" + wmClass + "\", \"" + wmClass + "\"\n");
+    EXPECT_TRUE(windowProperty(windows.front(), "_NET_WM_ICON").starts_with("_NET_WM_ICON(CARDINAL) = ")) << "the window has no icon";
+
+    const DesktopSession::VariantPointer name = m_session->call(Bus::session, item, "/StatusNotifierItem", "org.freedesktop.DBus.Properties", "Get",
+        g_variant_new("(ss)", "org.kde.StatusNotifierItem", "IconName"));
+    GVariant* value = nullptr;
+    g_variant_get(name.get(), "(v)", &value);
+    EXPECT_EQ(std::string(g_variant_get_string(value, nullptr)), icon);
+    g_variant_unref(value);
+
+    ASSERT_NO_FATAL_FAILURE(chooseFromMenu(item, "Quit Velmora"));
+    EXPECT_TRUE(iterateUntil([&] { return !running(program); }, 20s));
+}
+
 // The bug of issue 18: the entry ran the program with an argument of the
 // library's, which the pond refused. Now it starts the program as it is,
 // and the program waits in the tray until it is clicked.
 TEST_F(ProgramEndToEnd, LaunchAtLogin_TheEntryStartsTheProgramHiddenInTheTray)
 {
     ASSERT_NO_FATAL_FAILURE(switchLaunchAtLoginOn());
-    EXPECT_EQ(execOf(autostartEntry()), std::string("env VELMORA_LOGIN_LAUNCH=1 ") + VELMORA_PROGRAM) << fileText(autostartEntry());
+    EXPECT_EQ(desktopKey(autostartEntry(), G_KEY_FILE_DESKTOP_KEY_EXEC), std::string("env VELMORA_LOGIN_LAUNCH=1 ") + VELMORA_PROGRAM) << fileText(autostartEntry());
 
     ASSERT_NO_FATAL_FAILURE(startAtLogin(false));
     const std::string item = awaitItem(2);

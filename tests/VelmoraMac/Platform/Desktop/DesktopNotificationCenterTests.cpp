@@ -35,6 +35,8 @@ bool waitUntil(const std::function<bool()>& done)
 
 // What of a Notify call decides what the user sees and what a click does.
 struct Notification {
+    std::string applicationName;
+    std::string icon;
     std::string body;
     std::vector<std::string> actions;
     std::map<std::string, std::string> hints;
@@ -145,6 +147,8 @@ protected:
         std::vector<Notification> notifications;
         for (const auto& call : calls("Notify")) {
             Notification& notification = notifications.emplace_back();
+            notification.applicationName = g_variant_get_string(call.arguments.at(0).get(), nullptr);
+            notification.icon = g_variant_get_string(call.arguments.at(2).get(), nullptr);
             notification.body = g_variant_get_string(call.arguments.at(4).get(), nullptr);
             notification.time = call.time;
             const gchar** actions = g_variant_get_strv(call.arguments.at(5).get(), nullptr);
@@ -212,6 +216,8 @@ TEST_F(DesktopNotificationCenterTest, PendingRequests_ArePostedInTheOrderOfTheir
     const std::vector<Notification> notifications = posted();
     ASSERT_EQ(notifications.size(), 3U);
     EXPECT_EQ(notifications[0].body, "Breathe out");
+    EXPECT_EQ(notifications[0].applicationName, "Velmora");
+    EXPECT_EQ(notifications[0].icon, "app.velmora.mac") << "the installed application's icon";
     EXPECT_EQ(notifications[0].actions, (std::vector<std::string>{"default", ""})) << "a click on the body reports \"default\"";
     EXPECT_EQ(notifications[0].hints, (std::map<std::string, std::string>{{"desktop-entry", "app.velmora.mac"}})) << "no sound asked for";
     EXPECT_EQ(notifications[1].body, "the one");

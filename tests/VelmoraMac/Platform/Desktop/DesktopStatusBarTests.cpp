@@ -183,6 +183,27 @@ TEST_F(DesktopStatusBarTest, Registration_WaitsForAWatcherAndFollowsItsRestarts)
     EXPECT_TRUE(iterateUntil([this] { return !m_session.hasOwner(Bus::session, m_itemName); })) << "gives its name back";
 }
 
+// Hosts that find the installed application's icon in the icon theme draw
+// it at their own scale; the others draw the pixmaps, which are always sent.
+TEST_F(DesktopStatusBarTest, Icon_IsTheThemedApplicationIconAndThePixmaps)
+{
+    makeItem();
+    GVariant* name = callItem(StatusNotifierItem::objectPath, "org.freedesktop.DBus.Properties", "Get", g_variant_new("(ss)", itemInterface, "IconName"));
+    ASSERT_NE(name, nullptr);
+    GVariant* value = nullptr;
+    g_variant_get(name, "(v)", &value);
+    EXPECT_STREQ(g_variant_get_string(value, nullptr), "app.velmora.mac") << "the desktop entry's Icon";
+    g_variant_unref(value);
+    g_variant_unref(name);
+
+    GVariant* pixmaps = callItem(StatusNotifierItem::objectPath, "org.freedesktop.DBus.Properties", "Get", g_variant_new("(ss)", itemInterface, "IconPixmap"));
+    ASSERT_NE(pixmaps, nullptr);
+    g_variant_get(pixmaps, "(v)", &value);
+    EXPECT_GE(g_variant_n_children(value), 1U) << "a pixmap keeps the item's place";
+    g_variant_unref(value);
+    g_variant_unref(pixmaps);
+}
+
 // A shell that answers the right click as the host does: it attaches its
 // menu, clicks, and detaches it.
 struct MenuShell {
