@@ -1,5 +1,6 @@
 #!/bin/sh
-# Installs every Debian package the build, the tests and the benchmarks need.
+# Installs every Debian package the build, the tests, the benchmarks and the
+# Debian package (scripts/package.sh) need.
 # Idempotent: when everything is present it does nothing and touches no network.
 set -eu
 
@@ -45,8 +46,10 @@ packages="
     librsvg2-bin
     desktop-file-utils
     appstream
+    lintian
     file
     x11-utils
+    dpkg-dev
 "
 
 missing=""
