@@ -18,7 +18,8 @@
 
 #include <gtk/gtk.h>
 
-G_MODULE_EXPORT void gtk_module_init(gint* argc, gchar*** argv);
+/* The name and signature GTK looks up in a module. */
+G_MODULE_EXPORT void gtk_module_init(gint* argc, gchar*** argv); /* NOLINT(readability-identifier-naming) */
 
 static GtkWidget* firstSwitch(GtkWidget* widget)
 {
@@ -61,11 +62,11 @@ static gboolean lookForTheSwitch(gpointer unused)
     if (looks < settledLooks)
         return G_SOURCE_CONTINUE;
     gtk_button_clicked(GTK_BUTTON(found));
-    fputs("panel agent: clicked the launch-at-login switch\n", stderr);
+    (void)fputs("panel agent: clicked the launch-at-login switch\n", stderr);
     return G_SOURCE_REMOVE;
 }
 
-G_MODULE_EXPORT void gtk_module_init(gint* argc, gchar*** argv)
+G_MODULE_EXPORT void gtk_module_init(gint* argc, gchar*** argv) /* NOLINT(readability-identifier-naming,readability-non-const-parameter) */
 {
     const char* task = g_getenv("VELMORA_TEST_AGENT");
     (void)argc;

@@ -167,6 +167,7 @@ protected:
         if (agent)
             useAgent(launcher);
         std::vector<const char*> argv;
+        argv.reserve(command.size() + 1);
         for (const std::string& word : command)
             argv.push_back(word.c_str());
         argv.push_back(nullptr);

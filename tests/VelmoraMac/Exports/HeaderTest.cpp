@@ -30,11 +30,16 @@ static_assert(std::is_same<decltype(&VelmoraReadScroll), VelmoraReadScrollFuncti
 static_assert(std::is_same<decltype(&VelmoraReadNavigation), VelmoraReadNavigationFunction>::value, "VelmoraReadNavigationFunction");
 
 // The version macros agree with each other and with the project's version,
-// which the build reads from them.
+// which the build reads from them. (Written out, each side is the same
+// number, which is the point.)
+// NOLINTNEXTLINE(misc-redundant-expression)
 static_assert(VELMORA_VERSION == VELMORA_VERSION_MAJOR * 10000 + VELMORA_VERSION_MINOR * 100 + VELMORA_VERSION_PATCH, "VELMORA_VERSION");
-static_assert(VELMORA_VERSION_MAJOR == VELMORA_EXPECTED_VERSION_MAJOR && VELMORA_VERSION_MINOR == VELMORA_EXPECTED_VERSION_MINOR
-        && VELMORA_VERSION_PATCH == VELMORA_EXPECTED_VERSION_PATCH,
-    "the project's version");
+// NOLINTNEXTLINE(misc-redundant-expression)
+static_assert(VELMORA_VERSION_MAJOR == VELMORA_EXPECTED_VERSION_MAJOR, "the project's major version");
+// NOLINTNEXTLINE(misc-redundant-expression)
+static_assert(VELMORA_VERSION_MINOR == VELMORA_EXPECTED_VERSION_MINOR, "the project's minor version");
+// NOLINTNEXTLINE(misc-redundant-expression)
+static_assert(VELMORA_VERSION_PATCH == VELMORA_EXPECTED_VERSION_PATCH, "the project's patch version");
 
 static constexpr bool sameText(const char* a, const char* b)
 {
