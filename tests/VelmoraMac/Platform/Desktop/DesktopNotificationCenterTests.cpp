@@ -123,6 +123,9 @@ protected:
 
     void startCenter()
     {
+        // The seconds count from here, once the server is up: a server slow
+        // to start under load must not leave the triggers in the past.
+        m_start = std::chrono::time_point_cast<std::chrono::milliseconds>(std::chrono::system_clock::now());
         m_center = std::make_unique<DesktopNotificationCenter>(m_session.connection(Bus::session), [start = m_start](const NotificationTrigger& trigger) -> std::optional<Instant> {
             if (!trigger.instant())
                 return std::nullopt;
