@@ -216,7 +216,8 @@ void DurableFile::write(const fs::path& target, std::string_view bytes, FileSyst
     write(target, Temporary::make(target, calls), bytes, [] {});
 }
 
-void DurableFile::write(const fs::path& target, std::unique_ptr<Temporary> temporary, std::string_view bytes, const std::function<void()>& beforeRename)
+void DurableFile::write(const fs::path& target, std::unique_ptr<Temporary> temporary, std::string_view bytes,
+    const std::function<void()>& beforeRename)
 {
     FileSystemCalls& calls = temporary->m_calls;
     temporary->writeAll(bytes);

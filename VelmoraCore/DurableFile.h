@@ -47,7 +47,8 @@ public:
     // fails at once with FileError::notRegularFile, without blocking or
     // reading, and a file of more than `sizeLimit` bytes with
     // std::errc::file_too_large, without reading past the limit.
-    static std::string read(const std::filesystem::path& path, std::uintmax_t sizeLimit = std::numeric_limits<std::uintmax_t>::max());
+    static std::string read(
+        const std::filesystem::path& path, std::uintmax_t sizeLimit = std::numeric_limits<std::uintmax_t>::max());
 
     // Whether something exists at `path` (following symbolic links). Throws
     // when the answer cannot be known, such as for a folder it may not search.
@@ -57,18 +58,21 @@ public:
     // is fine; an existing file in the way is an error.
     static void createFolders(const std::filesystem::path& folder, FileSystemCalls& calls = FileSystemCalls::system());
 
-    static void write(const std::filesystem::path& target, std::string_view bytes, FileSystemCalls& calls = FileSystemCalls::system());
+    static void write(const std::filesystem::path& target, std::string_view bytes,
+        FileSystemCalls& calls = FileSystemCalls::system());
 
     class Temporary;
     // write() into `temporary`, made for `target` ahead of time, so that the
     // write begins with its bytes. `beforeRename` runs once they are on the
     // device: a last check that may throw, and then the target stays as it
     // was, the temporary goes and the error passes on.
-    static void write(const std::filesystem::path& target, std::unique_ptr<Temporary> temporary, std::string_view bytes, const std::function<void()>& beforeRename);
+    static void write(const std::filesystem::path& target, std::unique_ptr<Temporary> temporary, std::string_view bytes,
+        const std::function<void()>& beforeRename);
 
     // Removes the temporaries of `target` that no live writer holds: those
     // of writers that were killed. Best effort; never fails.
-    static void removeAbandonedTemporaries(const std::filesystem::path& target, FileSystemCalls& calls = FileSystemCalls::system());
+    static void removeAbandonedTemporaries(
+        const std::filesystem::path& target, FileSystemCalls& calls = FileSystemCalls::system());
 
     // The prefix shared by every temporary file of `target`.
     static std::string temporaryPrefix(const std::filesystem::path& target);
@@ -80,7 +84,8 @@ public:
 class DurableFile::Temporary {
 public:
     // An empty temporary beside `target`.
-    static std::unique_ptr<Temporary> make(const std::filesystem::path& target, FileSystemCalls& calls = FileSystemCalls::system());
+    static std::unique_ptr<Temporary> make(
+        const std::filesystem::path& target, FileSystemCalls& calls = FileSystemCalls::system());
 
     Temporary(const Temporary&) = delete;
     Temporary& operator=(const Temporary&) = delete;

@@ -24,6 +24,5 @@ inline std::error_code make_error_code(FileError error) noexcept
 
 } // namespace velmora
 
-template <>
-struct std::is_error_code_enum<velmora::FileError> : std::true_type {
+template <> struct std::is_error_code_enum<velmora::FileError> : std::true_type {
 };

@@ -14,7 +14,8 @@ struct LotusProgress {
     static constexpr std::int64_t fullGrowth = 14;
 
     LotusProgress() = default;
-    explicit LotusProgress(std::int64_t initialMoments, std::optional<std::string> initialLastDay = std::nullopt, std::optional<std::int64_t> initialGrowthMoments = std::nullopt)
+    explicit LotusProgress(std::int64_t initialMoments, std::optional<std::string> initialLastDay = std::nullopt,
+        std::optional<std::int64_t> initialGrowthMoments = std::nullopt)
         : moments(initialMoments)
         , lastDay(std::move(initialLastDay))
         , growthMoments(initialGrowthMoments)

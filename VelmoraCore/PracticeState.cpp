@@ -80,14 +80,12 @@ std::string PracticeState::resolvedLanguage(std::string_view language, const std
 
 const PracticeState& PracticeState::validated() const
 {
-    const bool valid = version == 1
-        && std::all_of(selected.begin(), selected.end(), isTopic)
+    const bool valid = version == 1 && std::all_of(selected.begin(), selected.end(), isTopic)
         && std::all_of(lotuses.begin(), lotuses.end(), [](const auto& entry) { return isTopic(entry.first); })
-        && (!onboarded || !selected.empty())
-        && (isLanguage(language) || language == "system")
-        && reminderHour >= 0 && reminderHour <= 23
-        && reminderMinute >= 0 && reminderMinute <= 59
-        && std::all_of(practiceDays.begin(), practiceDays.end(), [](const std::string& day) { return parseDay(day).has_value(); })
+        && (!onboarded || !selected.empty()) && (isLanguage(language) || language == "system") && reminderHour >= 0
+        && reminderHour <= 23 && reminderMinute >= 0 && reminderMinute <= 59
+        && std::all_of(
+            practiceDays.begin(), practiceDays.end(), [](const std::string& day) { return parseDay(day).has_value(); })
         && isDayKeyOrNone(wiltWeekSeen)
         && std::all_of(lotuses.begin(), lotuses.end(), [](const auto& entry) { return isValidLotus(entry.second); });
     if (!valid)

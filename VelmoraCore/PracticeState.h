@@ -73,7 +73,8 @@ struct PracticeState {
 
     // The topic's growth counter (0 to 14) as of the day of `date`, after the
     // decay of idle days. A topic without a lotus gives 0.
-    [[nodiscard]] std::int64_t growthMoments(std::string_view topicID, Instant date, const UserCalendar& calendar) const;
+    [[nodiscard]] std::int64_t growthMoments(
+        std::string_view topicID, Instant date, const UserCalendar& calendar) const;
     // The same as of the day `todayKey` names (a dayKey), for callers that
     // ask about many topics on one day and compute the key once.
     [[nodiscard]] std::int64_t growthMoments(std::string_view topicID, std::string_view todayKey) const;

@@ -111,7 +111,8 @@ std::int64_t julianDaysSinceEpoch(int year, int month, int day)
     const int beforeMarch = (14 - month) / 12;
     const std::int64_t years = year + 4800 - beforeMarch;
     const std::int64_t monthsFromMarch = month + (12 * beforeMarch) - 3;
-    const std::int64_t julianDayNumber = day + (((153 * monthsFromMarch) + 2) / 5) + (365 * years) + (years / 4) - 32083;
+    const std::int64_t julianDayNumber
+        = day + (((153 * monthsFromMarch) + 2) / 5) + (365 * years) + (years / 4) - 32083;
     return julianDayNumber - epochJulianDayNumber;
 }
 
@@ -162,7 +163,8 @@ std::optional<Instant> PracticeState::parseDay(std::string_view key)
         return std::nullopt;
     const std::int64_t days = beforeReform(year, month, day)
         ? julianDaysSinceEpoch(year, month, day)
-        : std::chrono::sys_days(std::chrono::year(year) / std::chrono::month(static_cast<unsigned>(month)) / std::chrono::day(static_cast<unsigned>(day)))
+        : std::chrono::sys_days(std::chrono::year(year) / std::chrono::month(static_cast<unsigned>(month))
+            / std::chrono::day(static_cast<unsigned>(day)))
               .time_since_epoch()
               .count();
     return Instant(std::chrono::days(days));

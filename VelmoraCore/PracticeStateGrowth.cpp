@@ -65,7 +65,8 @@ PracticeState PracticeState::notice(std::string_view topicID, Instant date, cons
     const std::int64_t growth = lotus == lotuses.end() ? 0 : decayedGrowth(lotus->second, parseDay(today));
 
     PracticeState noticed = *this;
-    noticed.lotuses.insert_or_assign(std::string(topicID), LotusProgress(moments + 1, today, std::min(growth, lastGrowingValue) + 1));
+    noticed.lotuses.insert_or_assign(
+        std::string(topicID), LotusProgress(moments + 1, today, std::min(growth, lastGrowingValue) + 1));
     noticed.practiceDays.insert(std::move(today));
     return noticed;
 }

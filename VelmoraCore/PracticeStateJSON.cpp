@@ -29,7 +29,8 @@ using nlohmann::json;
 // language codes always are.
 bool isPlain(std::string_view string)
 {
-    return std::all_of(string.begin(), string.end(), [](char c) { return c >= ' ' && c <= '~' && c != '"' && c != '\\'; });
+    return std::all_of(
+        string.begin(), string.end(), [](char c) { return c >= ' ' && c <= '~' && c != '"' && c != '\\'; });
 }
 
 void appendString(std::string& out, std::string_view string)
@@ -132,7 +133,8 @@ std::size_t estimatedLength(const PracticeState& state)
     constexpr std::size_t fixedMembers = 320;
     constexpr std::size_t perString = 3; // Quotes and comma.
     constexpr std::size_t perLotus = 80;
-    std::size_t length = fixedMembers + state.language.size() + (state.wiltWeekSeen ? state.wiltWeekSeen->size() + 20 : 0);
+    std::size_t length
+        = fixedMembers + state.language.size() + (state.wiltWeekSeen ? state.wiltWeekSeen->size() + 20 : 0);
     for (const std::string& id : state.selected)
         length += id.size() + perString;
     for (const auto& [topicID, lotus] : state.lotuses)

@@ -67,9 +67,8 @@ std::vector<Instant> upcoming(const PracticeState& state, Instant now, const Use
 {
     std::vector<Instant> dates;
     // A time outside the clock cannot be formed on any day.
-    if (!state.reminderEnabled
-        || state.reminderHour < 0 || state.reminderHour > lastHour
-        || state.reminderMinute < 0 || state.reminderMinute > lastMinute)
+    if (!state.reminderEnabled || state.reminderHour < 0 || state.reminderHour > lastHour || state.reminderMinute < 0
+        || state.reminderMinute > lastMinute)
         return dates;
     const auto hour = static_cast<int32_t>(state.reminderHour);
     const auto minute = static_cast<int32_t>(state.reminderMinute);

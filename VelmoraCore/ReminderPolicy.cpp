@@ -27,7 +27,8 @@ void appendText(std::string& signature, std::string_view text)
 // times in the current zone, so a new zone must re-post even equal
 // instants) and the authorization (a grant after a refusal must post).
 // Instants are whole milliseconds, which compare exactly.
-std::string signatureOf(const std::vector<Instant>& dates, std::string_view body, std::string_view timeZone, ReminderPolicy::Authorization authorization)
+std::string signatureOf(const std::vector<Instant>& dates, std::string_view body, std::string_view timeZone,
+    ReminderPolicy::Authorization authorization)
 {
     std::string signature = "[";
     for (std::size_t i = 0; i < dates.size(); ++i) {
@@ -45,7 +46,8 @@ std::string signatureOf(const std::vector<Instant>& dates, std::string_view body
 
 } // namespace
 
-ReminderDecision ReminderPolicy::evaluate(const PracticeState& state, Instant now, const UserCalendar& calendar, Authorization authorization, std::string_view body)
+ReminderDecision ReminderPolicy::evaluate(const PracticeState& state, Instant now, const UserCalendar& calendar,
+    Authorization authorization, std::string_view body)
 {
     const bool authorized = authorization == Authorization::authorized;
     // Without authorization nothing may be pending: an empty list removes

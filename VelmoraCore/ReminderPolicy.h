@@ -33,7 +33,8 @@ public:
     // when nothing changed. Also tells whether today's delivered reminders
     // are obsolete (something was noticed today) and whether the user wants
     // reminders that may not be sent. Never fails.
-    ReminderDecision evaluate(const PracticeState& state, Instant now, const UserCalendar& calendar, Authorization authorization, std::string_view body);
+    ReminderDecision evaluate(const PracticeState& state, Instant now, const UserCalendar& calendar,
+        Authorization authorization, std::string_view body);
 
     // Forgets what was handed out, so that the next evaluate() hands out its
     // list even if nothing changed; for when posting a reminder failed.

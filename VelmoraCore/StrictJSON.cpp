@@ -10,8 +10,8 @@ namespace {
 
 [[noreturn]] void wrongType(std::string_view where, std::string_view expected, const json& value)
 {
-    throw json::type_error::create(302,
-        std::string(where) + " must be " + std::string(expected) + ", but is " + value.type_name(), nullptr);
+    throw json::type_error::create(
+        302, std::string(where) + " must be " + std::string(expected) + ", but is " + value.type_name(), nullptr);
 }
 
 } // namespace
@@ -21,8 +21,10 @@ json parse(std::string_view text)
     if (const auto nul = text.find('\0'); nul != std::string_view::npos)
         throw json::parse_error::create(101, nul + 1, "syntax error: NUL byte in the document", nullptr);
     const json::parser_callback_t limitDepth = [](int depth, json::parse_event_t event, json& /*parsed*/) {
-        if (depth >= maximumDepth && (event == json::parse_event_t::object_start || event == json::parse_event_t::array_start))
-            throw json::parse_error::create(101, 0, "nesting deeper than " + std::to_string(maximumDepth) + " levels", nullptr);
+        if (depth >= maximumDepth
+            && (event == json::parse_event_t::object_start || event == json::parse_event_t::array_start))
+            throw json::parse_error::create(
+                101, 0, "nesting deeper than " + std::to_string(maximumDepth) + " levels", nullptr);
         return true;
     };
     return json::parse(text.begin(), text.end(), limitDepth);

@@ -27,7 +27,8 @@ std::string UserCalendar::identifierOf(const icu::TimeZone& zone)
 
 UserCalendar UserCalendar::inTimeZone(std::string_view identifier)
 {
-    auto name = icu::UnicodeString::fromUTF8(icu::StringPiece(identifier.data(), static_cast<int32_t>(identifier.size())));
+    auto name
+        = icu::UnicodeString::fromUTF8(icu::StringPiece(identifier.data(), static_cast<int32_t>(identifier.size())));
     std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createTimeZone(name));
     // ICU answers an unknown identifier with a zone that behaves as GMT; a
     // misspelt zone must not silently shift every day key.

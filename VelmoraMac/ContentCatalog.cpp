@@ -104,7 +104,8 @@ void requireFixedTopics(const std::vector<Topic>& topics)
 std::vector<std::string> splitAtCount(std::string_view text)
 {
     std::vector<std::string> pieces;
-    for (std::size_t placeholder = text.find(countPlaceholder); placeholder != std::string_view::npos; placeholder = text.find(countPlaceholder)) {
+    for (std::size_t placeholder = text.find(countPlaceholder); placeholder != std::string_view::npos;
+         placeholder = text.find(countPlaceholder)) {
         pieces.emplace_back(text.substr(0, placeholder));
         text.remove_prefix(placeholder + countPlaceholder.size());
     }
@@ -229,7 +230,8 @@ ContentCatalog::TextTable ContentCatalog::resolvedTexts(std::string_view languag
     return texts;
 }
 
-std::string ContentCatalog::text(std::string_view key, std::string_view language, std::optional<std::int64_t> count) const
+std::string ContentCatalog::text(
+    std::string_view key, std::string_view language, std::optional<std::int64_t> count) const
 {
     auto table = m_texts.find(language);
     if (table == m_texts.end())

@@ -69,7 +69,8 @@ public:
     // that the English table; an entry that is not a string, or none at all,
     // gives `key` itself. With a count, every "{count}" in that result
     // becomes the count in decimal. Never fails.
-    [[nodiscard]] std::string text(std::string_view key, std::string_view language, std::optional<std::int64_t> count = std::nullopt) const;
+    [[nodiscard]] std::string text(
+        std::string_view key, std::string_view language, std::optional<std::int64_t> count = std::nullopt) const;
 
     // The display name of topic group `index` from the "groups" list of the
     // language's own table, without an English fallback. Empty when the

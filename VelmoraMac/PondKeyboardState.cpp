@@ -63,7 +63,8 @@ bool PondKeyboardState::empty() const
 
 Point PondKeyboardState::direction() const
 {
-    const auto either = [this](std::uint16_t first, std::uint16_t second) { return isHeld(first) || isHeld(second) ? 1.0 : 0.0; };
+    const auto either
+        = [this](std::uint16_t first, std::uint16_t second) { return isHeld(first) || isHeld(second) ? 1.0 : 0.0; };
     const double right = either(KeyCode::d, KeyCode::rightArrow);
     const double left = either(KeyCode::a, KeyCode::leftArrow);
     const double up = either(KeyCode::w, KeyCode::upArrow);

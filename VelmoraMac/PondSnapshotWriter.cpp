@@ -19,7 +19,8 @@ namespace {
 void appendEscaped(std::string& escaped, std::string_view json)
 {
     std::size_t start = 0;
-    for (std::size_t found = json.find_first_of("\"\\"); found != std::string_view::npos; found = json.find_first_of("\"\\", start)) {
+    for (std::size_t found = json.find_first_of("\"\\"); found != std::string_view::npos;
+         found = json.find_first_of("\"\\", start)) {
         escaped.append(json.substr(start, found - start));
         escaped.push_back('\\');
         escaped.push_back(json[found]);
@@ -32,9 +33,8 @@ void appendEscaped(std::string& escaped, std::string_view json)
 // than the quote and the backslash.
 bool isPlain(std::string_view value)
 {
-    return std::all_of(value.begin(), value.end(), [](char character) {
-        return character >= ' ' && character <= '~' && character != '"' && character != '\\';
-    });
+    return std::all_of(value.begin(), value.end(),
+        [](char character) { return character >= ' ' && character <= '~' && character != '"' && character != '\\'; });
 }
 
 } // namespace
@@ -87,7 +87,8 @@ void PondSnapshotWriter::number(double value)
     // the rest, with its shortest round-trip digits and exponent form, it
     // writes itself.
     constexpr double plainLimit = 1e15;
-    if (std::isfinite(value) && std::abs(value) < plainLimit && value == std::trunc(value) && !(value == 0 && std::signbit(value))) {
+    if (std::isfinite(value) && std::abs(value) < plainLimit && value == std::trunc(value)
+        && !(value == 0 && std::signbit(value))) {
         integer(static_cast<std::int64_t>(value));
         raw(".0");
         return;

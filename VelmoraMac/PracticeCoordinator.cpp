@@ -14,10 +14,8 @@ std::size_t indexOfLanguage(std::string_view language)
 }
 
 PracticeCoordinator::PracticeCoordinator(std::shared_ptr<const ContentCatalog> catalog,
-    std::unique_ptr<PracticeStore> store,
-    std::shared_ptr<LoginLaunchControlling> loginLaunch,
-    std::shared_ptr<ReminderScheduling> reminders,
-    NotificationSettingsOpener notificationSettingsOpener,
+    std::unique_ptr<PracticeStore> store, std::shared_ptr<LoginLaunchControlling> loginLaunch,
+    std::shared_ptr<ReminderScheduling> reminders, NotificationSettingsOpener notificationSettingsOpener,
     std::shared_ptr<SystemEnvironment> system)
     : m_catalog(std::move(catalog))
     , m_store(std::move(store))
@@ -145,7 +143,9 @@ bool PracticeCoordinator::change(const Body& body)
 bool PracticeCoordinator::notice(std::string_view topicID)
 {
     const std::string topic(topicID);
-    return change([this, &topic](const PracticeState& state) { return state.notice(topic, m_system->now(), m_system->currentCalendar()); });
+    return change([this, &topic](const PracticeState& state) {
+        return state.notice(topic, m_system->now(), m_system->currentCalendar());
+    });
 }
 
 void PracticeCoordinator::select(const PracticeState::StringSet& topics)

@@ -43,12 +43,9 @@ public:
     using NotificationSettingsOpener = std::function<void()>;
     using Body = PracticeStore::Change;
 
-    PracticeCoordinator(std::shared_ptr<const ContentCatalog> catalog,
-        std::unique_ptr<PracticeStore> store,
-        std::shared_ptr<LoginLaunchControlling> loginLaunch,
-        std::shared_ptr<ReminderScheduling> reminders,
-        NotificationSettingsOpener notificationSettingsOpener,
-        std::shared_ptr<SystemEnvironment> system);
+    PracticeCoordinator(std::shared_ptr<const ContentCatalog> catalog, std::unique_ptr<PracticeStore> store,
+        std::shared_ptr<LoginLaunchControlling> loginLaunch, std::shared_ptr<ReminderScheduling> reminders,
+        NotificationSettingsOpener notificationSettingsOpener, std::shared_ptr<SystemEnvironment> system);
     PracticeCoordinator(const PracticeCoordinator&) = delete;
     PracticeCoordinator& operator=(const PracticeCoordinator&) = delete;
     PracticeCoordinator(PracticeCoordinator&&) = delete;

@@ -118,10 +118,11 @@ PondSnapshot PracticeCoordinator::snapshotOf(const PracticeState& state, const S
     writer.boolean(state.waterSoundEnabled);
     writer.raw(R"(,"bellSoundEnabled":)");
     writer.boolean(state.bellSoundEnabled);
-    const auto label = [&](std::string_view member, std::string_view key, std::optional<std::int64_t> count = std::nullopt) {
-        writer.raw(member);
-        writer.string(m_catalog->text(key, language, count));
-    };
+    const auto label
+        = [&](std::string_view member, std::string_view key, std::optional<std::int64_t> count = std::nullopt) {
+              writer.raw(member);
+              writer.string(m_catalog->text(key, language, count));
+          };
     label(R"(,"daysLabel":)", "days", static_cast<std::int64_t>(state.practiceDays.size()));
     label(R"(,"daysSuffix":)", "daysSuffix");
     label(R"(,"backLabel":)", "back");

@@ -21,8 +21,7 @@ namespace velmora {
 // Main thread only. An observer may cancel subscriptions (its own included)
 // or subscribe others while it is being called; those take effect from the
 // next assignment.
-template <typename Value>
-class Published {
+template <typename Value> class Published {
 public:
     using Observer = std::function<void(const Value& upcoming)>;
 

@@ -5,7 +5,8 @@
 
 namespace velmora {
 
-ReminderScheduler::ReminderScheduler(std::shared_ptr<NotificationCenter> center, std::shared_ptr<MainThread> mainThread, std::shared_ptr<SystemEnvironment> system)
+ReminderScheduler::ReminderScheduler(std::shared_ptr<NotificationCenter> center, std::shared_ptr<MainThread> mainThread,
+    std::shared_ptr<SystemEnvironment> system)
     : m_center(std::move(center))
     , m_mainThread(std::move(mainThread))
     , m_system(std::move(system))
@@ -29,7 +30,8 @@ void ReminderScheduler::hop(const std::shared_ptr<MainThread>& mainThread, MainT
 
 void ReminderScheduler::becomeClickHandler()
 {
-    m_center->setClickHandler([weak = m_weakSelf.weak(), mainThread = m_mainThread](const std::string& /*identifier*/, const std::function<void()>& complete) {
+    m_center->setClickHandler([weak = m_weakSelf.weak(), mainThread = m_mainThread](
+                                  const std::string& /*identifier*/, const std::function<void()>& complete) {
         // Any click on one of our notifications opens the pond; the platform
         // is told at once, without waiting for the pond.
         hop(mainThread, [weak] {
@@ -41,25 +43,30 @@ void ReminderScheduler::becomeClickHandler()
     });
 }
 
-void ReminderScheduler::schedule(std::shared_ptr<const PracticeState> state, const std::string& title, const std::string& body)
+void ReminderScheduler::schedule(
+    std::shared_ptr<const PracticeState> state, const std::string& title, const std::string& body)
 {
     const std::int64_t expectedGeneration = ++m_generation;
     becomeClickHandler();
-    m_center->getAuthorizationStatus([weak = m_weakSelf.weak(), mainThread = m_mainThread, expectedGeneration, state = std::move(state), title, body](NotificationAuthorizationStatus status) {
-        hop(mainThread, [weak, expectedGeneration, state, title, body, status] {
-            if (ReminderScheduler* self = WeakSelf<ReminderScheduler>::lock(weak))
-                self->applyPass(expectedGeneration, *state, title, body, status);
+    m_center->getAuthorizationStatus(
+        [weak = m_weakSelf.weak(), mainThread = m_mainThread, expectedGeneration, state = std::move(state), title,
+            body](NotificationAuthorizationStatus status) {
+            hop(mainThread, [weak, expectedGeneration, state, title, body, status] {
+                if (ReminderScheduler* self = WeakSelf<ReminderScheduler>::lock(weak))
+                    self->applyPass(expectedGeneration, *state, title, body, status);
+            });
         });
-    });
 }
 
-void ReminderScheduler::applyPass(std::int64_t expectedGeneration, const PracticeState& state, const std::string& title, const std::string& body, NotificationAuthorizationStatus status)
+void ReminderScheduler::applyPass(std::int64_t expectedGeneration, const PracticeState& state, const std::string& title,
+    const std::string& body, NotificationAuthorizationStatus status)
 {
     // A newer schedule() has been made; its own pass will act.
     if (m_generation != expectedGeneration)
         return;
 
-    const bool authorized = status == NotificationAuthorizationStatus::authorized || status == NotificationAuthorizationStatus::provisional;
+    const bool authorized = status == NotificationAuthorizationStatus::authorized
+        || status == NotificationAuthorizationStatus::provisional;
     const UserCalendar calendar = m_system->currentCalendar();
     const ReminderDecision decision = m_policy.evaluate(state, m_system->now(), calendar,
         authorized ? ReminderPolicy::Authorization::authorized : ReminderPolicy::Authorization::notAuthorized, body);
@@ -81,16 +88,17 @@ void ReminderScheduler::applyPass(std::int64_t expectedGeneration, const Practic
             .sound = NotificationSound::systemDefault,
             .trigger = NotificationTrigger::at(date, calendar),
         };
-        m_center->add(std::move(request), [weak = m_weakSelf.weak(), mainThread = m_mainThread](const std::optional<std::string>& error) {
-            if (!error)
-                return;
-            // Forgetting the signature makes the next pass replace every
-            // request, even if nothing else changed.
-            hop(mainThread, [weak] {
-                if (ReminderScheduler* self = WeakSelf<ReminderScheduler>::lock(weak))
-                    self->m_policy.invalidate();
+        m_center->add(std::move(request),
+            [weak = m_weakSelf.weak(), mainThread = m_mainThread](const std::optional<std::string>& error) {
+                if (!error)
+                    return;
+                // Forgetting the signature makes the next pass replace every
+                // request, even if nothing else changed.
+                hop(mainThread, [weak] {
+                    if (ReminderScheduler* self = WeakSelf<ReminderScheduler>::lock(weak))
+                        self->m_policy.invalidate();
+                });
             });
-        });
     }
 }
 

@@ -24,7 +24,8 @@ namespace velmora {
 // that belongs to an older one does nothing at all.
 class ReminderScheduler final : public ReminderScheduling {
 public:
-    ReminderScheduler(std::shared_ptr<NotificationCenter> center, std::shared_ptr<MainThread> mainThread, std::shared_ptr<SystemEnvironment> system);
+    ReminderScheduler(std::shared_ptr<NotificationCenter> center, std::shared_ptr<MainThread> mainThread,
+        std::shared_ptr<SystemEnvironment> system);
     ReminderScheduler(const ReminderScheduler&) = delete;
     ReminderScheduler& operator=(const ReminderScheduler&) = delete;
     ReminderScheduler(ReminderScheduler&&) = delete;
@@ -34,9 +35,13 @@ public:
     [[nodiscard]] const OpenCallback& onOpen() const override { return m_onOpen; }
     void setOnOpen(OpenCallback callback) override { m_onOpen = std::move(callback); }
     [[nodiscard]] const PermissionDeniedCallback& onPermissionDenied() const override { return m_onPermissionDenied; }
-    void setOnPermissionDenied(PermissionDeniedCallback callback) override { m_onPermissionDenied = std::move(callback); }
+    void setOnPermissionDenied(PermissionDeniedCallback callback) override
+    {
+        m_onPermissionDenied = std::move(callback);
+    }
 
-    void schedule(std::shared_ptr<const PracticeState> state, const std::string& title, const std::string& body) override;
+    void schedule(
+        std::shared_ptr<const PracticeState> state, const std::string& title, const std::string& body) override;
     void request(PermissionCompletion completion) override;
 
 private:
@@ -44,7 +49,8 @@ private:
 
     // Makes this scheduler the receiver of clicks, as on every call.
     void becomeClickHandler();
-    void applyPass(std::int64_t expectedGeneration, const PracticeState& state, const std::string& title, const std::string& body, NotificationAuthorizationStatus status);
+    void applyPass(std::int64_t expectedGeneration, const PracticeState& state, const std::string& title,
+        const std::string& body, NotificationAuthorizationStatus status);
     // Queues `task` on the main thread from one of the centre's threads.
     static void hop(const std::shared_ptr<MainThread>& mainThread, MainThread::Task task);
 

@@ -33,7 +33,8 @@ public:
 
     // Brings the pending daily reminders in line with `state`, which is
     // shared rather than copied since the answer it waits for comes later.
-    virtual void schedule(std::shared_ptr<const PracticeState> state, const std::string& title, const std::string& body) = 0;
+    virtual void schedule(std::shared_ptr<const PracticeState> state, const std::string& title, const std::string& body)
+        = 0;
 
     // Asks the user for permission to post notifications with alert and
     // sound; the answer arrives on the main thread.

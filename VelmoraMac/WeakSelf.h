@@ -8,8 +8,7 @@ namespace velmora {
 // a shared_ptr: the owner keeps a WeakSelf member, callbacks capture weak(),
 // and once the owner is destroyed lock() answers null. Meant for objects that
 // live and die on the main thread, whose callbacks are also run there.
-template <typename Owner>
-class WeakSelf {
+template <typename Owner> class WeakSelf {
 public:
     using Weak = std::weak_ptr<Owner*>;
 

@@ -61,8 +61,7 @@ static int loadVelmora(const char* path, Velmora* velmora)
         fprintf(stderr, "MinimalRenderer: cannot load %s: %s\n", path, dlerror()); /* NOLINT(concurrency-mt-unsafe) */
         return 0;
     }
-    return LOOK_UP(library, velmora, start, "VelmoraStart")
-        && LOOK_UP(library, velmora, notice, "VelmoraNotice")
+    return LOOK_UP(library, velmora, start, "VelmoraStart") && LOOK_UP(library, velmora, notice, "VelmoraNotice")
         && LOOK_UP(library, velmora, copyEvent, "VelmoraCopyEvent")
         && LOOK_UP(library, velmora, freeEvent, "VelmoraFree")
         && LOOK_UP(library, velmora, contentWidth, "VelmoraContentWidth")
@@ -76,12 +75,7 @@ static int loadVelmora(const char* path, Velmora* velmora)
 
 /* ---- Just enough JSON to read an event ---- */
 
-typedef enum { JSON_NULL,
-    JSON_BOOLEAN,
-    JSON_NUMBER,
-    JSON_STRING,
-    JSON_ARRAY,
-    JSON_OBJECT } JsonKind;
+typedef enum { JSON_NULL, JSON_BOOLEAN, JSON_NUMBER, JSON_STRING, JSON_ARRAY, JSON_OBJECT } JsonKind;
 
 typedef struct JsonValue {
     JsonKind kind;
@@ -212,7 +206,8 @@ static char* readString(JsonReader* reader)
             reader->next += 4;
             if (code >= 0xD800 && code <= 0xDBFF) {
                 unsigned low;
-                if (reader->next[0] != '\\' || reader->next[1] != 'u' || !hexDigits(reader->next + 2, &low) || low < 0xDC00 || low > 0xDFFF)
+                if (reader->next[0] != '\\' || reader->next[1] != 'u' || !hexDigits(reader->next + 2, &low)
+                    || low < 0xDC00 || low > 0xDFFF)
                     goto malformed;
                 reader->next += 6;
                 code = 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00);
@@ -303,8 +298,7 @@ static int readValue(JsonReader* reader, JsonValue* value)
     case 't':
     case 'f':
     case 'n': {
-        const char* word = *reader->next == 't' ? "true" : *reader->next == 'f' ? "false"
-                                                                                : "null";
+        const char* word = *reader->next == 't' ? "true" : *reader->next == 'f' ? "false" : "null";
         if (strncmp(reader->next, word, strlen(word)) != 0)
             return 0;
         reader->next += strlen(word);
@@ -381,7 +375,8 @@ static void printSnapshot(const char* event, unsigned number)
         const JsonValue* id = member(&topics->items[i], "id", JSON_STRING);
         const JsonValue* moments = member(&topics->items[i], "moments", JSON_NUMBER);
         const JsonValue* growth = member(&topics->items[i], "growthMoments", JSON_NUMBER);
-        printf("  %-18s moments %4.0f  growth %2.0f/14\n", id != NULL ? id->string : "?", moments != NULL ? moments->number : 0.0, growth != NULL ? growth->number : 0.0);
+        printf("  %-18s moments %4.0f  growth %2.0f/14\n", id != NULL ? id->string : "?",
+            moments != NULL ? moments->number : 0.0, growth != NULL ? growth->number : 0.0);
     }
     fflush(stdout);
     freeJson(&snapshot);
@@ -423,7 +418,8 @@ static void renderFrame(const Velmora* velmora, PondView* shown, unsigned* snaps
     now.visible = velmora->isPondVisible();
     now.interactive = velmora->isPondInteractive();
     if (now.visible != shown->visible || now.interactive != shown->interactive || now.width != shown->width) {
-        printf("pond: %s, %s, %.0f points wide\n", now.visible ? "shown" : "hidden", now.interactive ? "interactive" : "not interactive", (double)now.width);
+        printf("pond: %s, %s, %.0f points wide\n", now.visible ? "shown" : "hidden",
+            now.interactive ? "interactive" : "not interactive", (double)now.width);
         fflush(stdout);
         *shown = now;
     }
@@ -453,8 +449,7 @@ static void* render(void* argument)
             due.tv_nsec -= 1000000000L;
             ++due.tv_sec;
         }
-        while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &due, NULL) == EINTR) {
-        }
+        while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &due, NULL) == EINTR) { }
     }
     return NULL;
 }

@@ -77,8 +77,7 @@ private:
 
     // dlsym answers with an object pointer; copying its bytes is the
     // conversion to a function pointer that POSIX allows.
-    template <typename Function>
-    static void lookUp(void* library, const char* name, Function& function)
+    template <typename Function> static void lookUp(void* library, const char* name, Function& function)
     {
         void* symbol = ::dlsym(library, name);
         if (symbol == nullptr)

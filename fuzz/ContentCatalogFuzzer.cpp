@@ -55,7 +55,8 @@ std::optional<ContentCatalog> loaded(std::string_view text)
 }
 
 // The lookup rules, step by step, on the raw tables.
-std::string expectedText(const ContentCatalog& catalog, const std::string& key, const std::string& language, std::optional<std::int64_t> count)
+std::string expectedText(const ContentCatalog& catalog, const std::string& key, const std::string& language,
+    std::optional<std::int64_t> count)
 {
     for (const std::string& code : {language, std::string("en")}) {
         const auto table = MacStrings::values().find(code);
@@ -77,7 +78,8 @@ std::string expectedText(const ContentCatalog& catalog, const std::string& key, 
     if (count) {
         const std::string placeholder = "{count}";
         const std::string decimal = std::to_string(*count);
-        for (std::size_t at = result.find(placeholder); at != std::string::npos; at = result.find(placeholder, at + decimal.size()))
+        for (std::size_t at = result.find(placeholder); at != std::string::npos;
+             at = result.find(placeholder, at + decimal.size()))
             result.replace(at, placeholder.size(), decimal);
     }
     return result;
@@ -103,10 +105,12 @@ void checkCatalog(const ContentCatalog& catalog)
     std::set<std::string> ids;
     for (const Topic& topic : catalog.topics()) {
         ids.insert(topic.id);
-        if (topic.names.size() != PracticeState::languages().size() || topic.descriptions.size() != PracticeState::languages().size())
+        if (topic.names.size() != PracticeState::languages().size()
+            || topic.descriptions.size() != PracticeState::languages().size())
             finding("a topic without one name and description per language was accepted: " + topic.id);
     }
-    if (ids.size() != catalog.topics().size() || !std::equal(ids.begin(), ids.end(), PracticeState::topicIDs().begin(), PracticeState::topicIDs().end()))
+    if (ids.size() != catalog.topics().size()
+        || !std::equal(ids.begin(), ids.end(), PracticeState::topicIDs().begin(), PracticeState::topicIDs().end()))
         finding("topics other than the fixed ones were accepted");
 
     std::vector<std::string> languages = {"de", ""};
@@ -126,9 +130,11 @@ void checkCatalog(const ContentCatalog& catalog)
     }
     for (const std::string& language : languages) {
         for (const std::string& key : keys) {
-            for (const std::optional<std::int64_t> count : {std::optional<std::int64_t>(), std::optional<std::int64_t>(-7), std::optional<std::int64_t>(1234)}) {
+            for (const std::optional<std::int64_t> count :
+                {std::optional<std::int64_t>(), std::optional<std::int64_t>(-7), std::optional<std::int64_t>(1234)}) {
                 if (catalog.text(key, language, count) != expectedText(catalog, key, language, count))
-                    finding(std::string("text(\"").append(key).append("\", \"").append(language).append("\") differs from the lookup rules"));
+                    finding(std::string("text(\"").append(key).append("\", \"").append(language).append(
+                        "\") differs from the lookup rules"));
             }
         }
         for (const std::int64_t index : {-1, 0, 1, 4, 5})
@@ -144,7 +150,8 @@ void checkCatalog(const ContentCatalog& catalog)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     try {
-        if (const std::optional<velmora::ContentCatalog> catalog = velmora::loaded(std::string_view(reinterpret_cast<const char*>(data), size)))
+        if (const std::optional<velmora::ContentCatalog> catalog
+            = velmora::loaded(std::string_view(reinterpret_cast<const char*>(data), size)))
             velmora::checkCatalog(*catalog);
     } catch (const std::exception& error) {
         velmora::finding(std::string("unexpected exception: ") + error.what());

@@ -1,11 +1,12 @@
 #!/bin/sh
-# Builds and runs every test: a normal build, a clang++ build of the
-# library, the pond and the core's tests, an AddressSanitizer +
-# UndefinedBehaviorSanitizer build, and the concurrency tests under
-# ThreadSanitizer. Installs missing Debian packages first.
+# Checks the sources' format, then builds and runs every test: a normal
+# build, a clang++ build of the library, the pond and the core's tests, an
+# AddressSanitizer + UndefinedBehaviorSanitizer build, and the concurrency
+# tests under ThreadSanitizer. Installs missing Debian packages first.
 set -eu
 cd "$(dirname "$0")/.."
 ./scripts/install-dependencies.sh
+./scripts/check-format.sh
 
 jobs=$(nproc)
 

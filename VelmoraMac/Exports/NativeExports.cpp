@@ -45,8 +45,7 @@ std::int32_t flag(bool value)
     return value ? 1 : 0;
 }
 
-template <typename T>
-void put(T* out, T value)
+template <typename T> void put(T* out, T value)
 {
     if (out != nullptr)
         *out = value;
@@ -54,8 +53,7 @@ void put(T* out, T value)
 
 // `body` with the host, on the main thread, or `fallback` when there is no
 // host yet or anything fails.
-template <typename Result, typename Body>
-Result withHost(Result fallback, const Body& body) noexcept
+template <typename Result, typename Body> Result withHost(Result fallback, const Body& body) noexcept
 {
     try {
         MainThread* mainThread = NativeStartup::mainThread();
@@ -150,7 +148,8 @@ int32_t VelmoraIsPondInteractive(void)
 
 void VelmoraReadPointer(float* x, float* y)
 {
-    const FloatPair pointer = velmora::withHost(FloatPair{}, [](MenuBarHost& host) { return velmora::narrowed(host.eventPointer()); });
+    const FloatPair pointer
+        = velmora::withHost(FloatPair{}, [](MenuBarHost& host) { return velmora::narrowed(host.eventPointer()); });
     velmora::put(x, pointer.x);
     velmora::put(y, pointer.y);
 }

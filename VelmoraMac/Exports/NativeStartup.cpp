@@ -76,7 +76,8 @@ std::mutex platformMutex;
 // process ends here, as a second launch of an application does.
 std::unique_ptr<ChosenPlatform> newDesktopPlatform()
 {
-    const std::shared_ptr<DesktopShellPlatform> desktop = DesktopShellPlatform::create(NotNullShared<GtkShellViews>::make());
+    const std::shared_ptr<DesktopShellPlatform> desktop
+        = DesktopShellPlatform::create(NotNullShared<GtkShellViews>::make());
     if (!desktop) {
         (void)std::fflush(nullptr);
         // The renderer's exit handlers run, as when the user quits; nothing
@@ -84,7 +85,8 @@ std::unique_ptr<ChosenPlatform> newDesktopPlatform()
         std::exit(EXIT_SUCCESS); // NOLINT(concurrency-mt-unsafe)
     }
     // GTK's loop is the renderer's: nothing of ours to stop at exit.
-    return std::make_unique<ChosenPlatform>(ChosenPlatform{desktop->platform(), nullptr, desktop, false, {}, nullptr, nullptr});
+    return std::make_unique<ChosenPlatform>(
+        ChosenPlatform{desktop->platform(), nullptr, desktop, false, {}, nullptr, nullptr});
 }
 
 // The one place the platform is chosen: the desktop one in a process that
@@ -96,7 +98,8 @@ std::unique_ptr<ChosenPlatform> newPlatform()
         return newDesktopPlatform();
     std::shared_ptr<HeadlessShellPlatform> headless = HeadlessShellPlatform::create();
     auto stop = [headless] { headless->stopOwnMainThread(); };
-    return std::make_unique<ChosenPlatform>(ChosenPlatform{headless->platform(), headless, nullptr, true, stop, nullptr, nullptr});
+    return std::make_unique<ChosenPlatform>(
+        ChosenPlatform{headless->platform(), headless, nullptr, true, stop, nullptr, nullptr});
 }
 
 ChosenPlatform& platformOnce()
@@ -150,7 +153,8 @@ constexpr EndOfStart folderOwnedElsewhere{"alreadyRunning", "alreadyRunningBody"
 [[noreturn]] void endStart(const ChosenPlatform& platform, EndOfStart reason) noexcept
 {
     try {
-        const std::string language = PracticeState::resolvedLanguage("system", platform.shell.systemEnvironment->preferredLanguages());
+        const std::string language
+            = PracticeState::resolvedLanguage("system", platform.shell.systemEnvironment->preferredLanguages());
         const MacStrings::Table& texts = MacStrings::table(language);
         const std::string& message = texts.at(reason.message);
         const std::string& informativeText = texts.at(reason.informativeText);
@@ -196,7 +200,8 @@ void buildHost(ChosenPlatform& chosen, const NativeStartup::Sources& sources)
         endStart(chosen, folderOwnedElsewhere);
     const ShellPlatform& platform = chosen.shell;
     auto store = std::make_unique<PracticeStore>(stateFile);
-    auto reminders = std::make_shared<ReminderScheduler>(platform.notificationCenter, platform.mainThread, platform.systemEnvironment);
+    auto reminders = std::make_shared<ReminderScheduler>(
+        platform.notificationCenter, platform.mainThread, platform.systemEnvironment);
     auto loginLaunch = std::make_shared<LoginLaunchService>(platform.loginItemService);
     auto model = std::make_shared<PracticeCoordinator>(
         std::move(catalog), std::move(store), std::move(loginLaunch), std::move(reminders),

@@ -41,7 +41,9 @@ std::optional<fs::path> StartupLocations::folderOfLoadedFile(const void* address
     // and no change of the current folder can mislead.
     std::ifstream maps("/proc/self/maps");
     const std::string mappings{std::istreambuf_iterator<char>(maps), std::istreambuf_iterator<char>()};
-    if (std::optional<fs::path> mapped = mappedFile(mappings, reinterpret_cast<std::uintptr_t>(address))) // NOLINT(cppcoreguidelines-pro-type-reinterpret-cast): an address to look up
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): an address to look up
+    const auto where = reinterpret_cast<std::uintptr_t>(address);
+    if (std::optional<fs::path> mapped = mappedFile(mappings, where))
         return mapped->parent_path();
     // Without /proc, the loader's name for it, resolved now: a relative one
     // is read against the current folder, which the program is unlikely to
@@ -93,7 +95,8 @@ std::optional<fs::path> StartupLocations::dataHomeFrom(std::string_view xdgDataH
 
 fs::path StartupLocations::applicationSupportDirectory()
 {
-    const std::optional<fs::path> dataHome = XdgBaseDirectory::forThisProcess("XDG_DATA_HOME", fs::path(".local") / "share");
+    const std::optional<fs::path> dataHome
+        = XdgBaseDirectory::forThisProcess("XDG_DATA_HOME", fs::path(".local") / "share");
     if (!dataHome)
         throw fs::filesystem_error("find the data folder", std::make_error_code(std::errc::no_such_file_or_directory));
     DurableFile::createFolders(*dataHome);

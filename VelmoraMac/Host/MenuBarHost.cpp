@@ -27,8 +27,11 @@ constexpr std::uint64_t blockingModifiers = ModifierFlag::control | ModifierFlag
 // Line-based wheels report lines; the pond scrolls in points.
 constexpr double lineScrollScale = 16;
 
-constexpr std::uint64_t keyMask = eventMaskBit(InputEventType::keyDown) | eventMaskBit(InputEventType::keyUp) | eventMaskBit(InputEventType::flagsChanged);
-constexpr std::uint64_t pointerMask = eventMaskBit(InputEventType::leftMouseDown) | eventMaskBit(InputEventType::leftMouseUp) | eventMaskBit(InputEventType::mouseMoved) | eventMaskBit(InputEventType::leftMouseDragged);
+constexpr std::uint64_t keyMask = eventMaskBit(InputEventType::keyDown) | eventMaskBit(InputEventType::keyUp)
+    | eventMaskBit(InputEventType::flagsChanged);
+constexpr std::uint64_t pointerMask = eventMaskBit(InputEventType::leftMouseDown)
+    | eventMaskBit(InputEventType::leftMouseUp) | eventMaskBit(InputEventType::mouseMoved)
+    | eventMaskBit(InputEventType::leftMouseDragged);
 constexpr std::uint64_t scrollMask = eventMaskBit(InputEventType::scrollWheel);
 static_assert(keyMask == 0x1C00 && pointerMask == 0x66 && scrollMask == 0x400000);
 
@@ -40,8 +43,7 @@ std::shared_ptr<MenuBarHost>& currentHost()
 
 // A body that runs with the host while it lives and does nothing after;
 // every closure the host hands out is made here, so none keeps it alive.
-template <typename Body>
-auto weakly(const std::shared_ptr<MenuBarHost>& host, Body body)
+template <typename Body> auto weakly(const std::shared_ptr<MenuBarHost>& host, Body body)
 {
     return [weak = std::weak_ptr<MenuBarHost>(host), body = std::move(body)](auto&&... arguments) {
         if (const auto self = weak.lock())
@@ -82,17 +84,20 @@ MenuBarHost::~MenuBarHost() = default;
 // references its closures hold.
 void MenuBarHost::construct()
 {
-    DisplaySleepPolicy::allowSystemTimer(*m_platform.powerAssertions, *m_platform.diagnosticLog, m_platform.application->processID());
+    DisplaySleepPolicy::allowSystemTimer(
+        *m_platform.powerAssertions, *m_platform.diagnosticLog, m_platform.application->processID());
     // Regular, so that the adopted window can become key and the user can
     // switch to the pond like to any application.
     m_platform.application->setActivationPolicy(ActivationPolicy::regular);
-    m_platform.application->setLaunchHandler(weakly(shared_from_this(), [](MenuBarHost& host, const LaunchEvent& event) { host.handleLaunchEvent(event); }));
+    m_platform.application->setLaunchHandler(
+        weakly(shared_from_this(), [](MenuBarHost& host, const LaunchEvent& event) { host.handleLaunchEvent(event); }));
     installStatusButton();
     installCallbacks();
     installObservers();
     installMonitors();
     m_model->load();
-    m_timer = m_platform.mainThread->startRepeatingTimer(tickInterval, weakly(shared_from_this(), [](MenuBarHost& host) { host.tick(); }));
+    m_timer = m_platform.mainThread->startRepeatingTimer(
+        tickInterval, weakly(shared_from_this(), [](MenuBarHost& host) { host.tick(); }));
     attachWindow();
 }
 
@@ -110,7 +115,8 @@ void MenuBarHost::installStatusButton()
     button->setTemplateImage(std::string(icon.png()), statusIconSize);
     button->setToolTip(title);
     button->setAccessibilityLabel(title);
-    button->setAction(weakly(shared_from_this(), [](MenuBarHost& host, InputEventType trigger) { host.toggle(trigger); }));
+    button->setAction(
+        weakly(shared_from_this(), [](MenuBarHost& host, InputEventType trigger) { host.toggle(trigger); }));
     button->sendActionOn(eventMaskBit(InputEventType::leftMouseUp) | eventMaskBit(InputEventType::rightMouseUp));
 }
 
@@ -133,10 +139,11 @@ void MenuBarHost::installObservers()
 {
     const auto self = shared_from_this();
     SystemNotifications& notifications = *m_platform.systemNotifications;
-    const auto observe = [this, &notifications](SystemNotification notification, SystemNotifications::Observer observer) {
-        if (auto token = notifications.addObserver(notification, std::move(observer)))
-            m_observers.push_back(std::move(token));
-    };
+    const auto observe
+        = [this, &notifications](SystemNotification notification, SystemNotifications::Observer observer) {
+              if (auto token = notifications.addObserver(notification, std::move(observer)))
+                  m_observers.push_back(std::move(token));
+          };
     const auto onWindow = [&self](void (MenuBarHost::*member)(Window*)) {
         return weakly(self, [member](MenuBarHost& host, Window* window) { (host.*member)(window); });
     };
@@ -170,18 +177,19 @@ void MenuBarHost::installMonitors()
 {
     const auto self = shared_from_this();
     EventMonitors& monitors = *m_platform.eventMonitors;
-    const auto monitor = [this, &monitors, &self](std::uint64_t mask, EventDisposition (MenuBarHost::*member)(const InputEvent&)) {
-        // Not weakly(): a monitor must answer, and a host that is gone
-        // lets every event through.
-        auto handler = [weak = std::weak_ptr<MenuBarHost>(self), member](const InputEvent& event) {
-            const auto host = weak.lock();
-            return host ? ((*host).*member)(event) : EventDisposition::passOn;
-        };
-        // A refused monitor leaves its input unrecorded; the others still
-        // work.
-        if (auto token = monitors.addLocalMonitor(mask, std::move(handler)))
-            m_monitors.push_back(std::move(token));
-    };
+    const auto monitor
+        = [this, &monitors, &self](std::uint64_t mask, EventDisposition (MenuBarHost::*member)(const InputEvent&)) {
+              // Not weakly(): a monitor must answer, and a host that is gone
+              // lets every event through.
+              auto handler = [weak = std::weak_ptr<MenuBarHost>(self), member](const InputEvent& event) {
+                  const auto host = weak.lock();
+                  return host ? ((*host).*member)(event) : EventDisposition::passOn;
+              };
+              // A refused monitor leaves its input unrecorded; the others still
+              // work.
+              if (auto token = monitors.addLocalMonitor(mask, std::move(handler)))
+                  m_monitors.push_back(std::move(token));
+          };
     monitor(keyMask, &MenuBarHost::handleKeyEvent);
     monitor(pointerMask, &MenuBarHost::handlePointerEvent);
     monitor(scrollMask, &MenuBarHost::handleScrollEvent);
@@ -191,12 +199,8 @@ void MenuBarHost::installMonitors()
 
 bool MenuBarHost::interactive() const
 {
-    return m_visible
-        && m_platform.application->isActive()
-        && m_pond && m_pond->isKeyWindow()
-        && !panelVisible()
-        && !m_pond->isMiniaturized()
-        && !m_fullScreenTransition;
+    return m_visible && m_platform.application->isActive() && m_pond && m_pond->isKeyWindow() && !panelVisible()
+        && !m_pond->isMiniaturized() && !m_fullScreenTransition;
 }
 
 std::optional<double> MenuBarHost::contentWidth() const
@@ -228,7 +232,8 @@ bool MenuBarHost::pondInFullScreen() const
 
 void MenuBarHost::tick()
 {
-    DisplaySleepPolicy::allowSystemTimer(*m_platform.powerAssertions, *m_platform.diagnosticLog, m_platform.application->processID());
+    DisplaySleepPolicy::allowSystemTimer(
+        *m_platform.powerAssertions, *m_platform.diagnosticLog, m_platform.application->processID());
     if (!m_pond)
         attachWindow();
     const SystemEnvironment& system = *m_platform.systemEnvironment;
@@ -299,9 +304,11 @@ void MenuBarHost::showMenu()
         return;
     const auto self = shared_from_this();
     Menu menu;
-    menu.items.push_back(MenuItem::item(m_model->text("settings"), ",", weakly(self, [](MenuBarHost& host) { host.settings(); })));
+    menu.items.push_back(
+        MenuItem::item(m_model->text("settings"), ",", weakly(self, [](MenuBarHost& host) { host.settings(); })));
     menu.items.push_back(MenuItem::separatorItem());
-    menu.items.push_back(MenuItem::item(m_model->text("quitApp"), "q", weakly(self, [](MenuBarHost& host) { host.quit(); })));
+    menu.items.push_back(
+        MenuItem::item(m_model->text("quitApp"), "q", weakly(self, [](MenuBarHost& host) { host.quit(); })));
     // Attached only while it is open: with a menu attached, the next left
     // click would open the menu instead of reaching toggle().
     m_status->setMenu(std::move(menu));
@@ -392,7 +399,8 @@ void MenuBarHost::attachWindow()
 void MenuBarHost::installWindowControls(Window& window)
 {
     WindowAttributes attributes = window.attributes();
-    attributes.styleMask = WindowAttributes::titled | WindowAttributes::closable | WindowAttributes::miniaturizable | WindowAttributes::resizable;
+    attributes.styleMask = WindowAttributes::titled | WindowAttributes::closable | WindowAttributes::miniaturizable
+        | WindowAttributes::resizable;
     attributes.titleVisible = true;
     attributes.titlebarTransparent = false;
     attributes.darkAppearance = true;
@@ -408,7 +416,8 @@ void MenuBarHost::installToolbar(Window& window)
     ContentView* content = window.contentView();
     if (content == nullptr)
         return;
-    auto chrome = std::make_shared<PondChromeView>(m_model->catalog(), m_model->text("settings"), weakly(shared_from_this(), [](MenuBarHost& host) { host.settings(); }));
+    auto chrome = std::make_shared<PondChromeView>(m_model->catalog(), m_model->text("settings"),
+        weakly(shared_from_this(), [](MenuBarHost& host) { host.settings(); }));
     content->addOverlay(chrome);
     m_chrome = std::move(chrome);
     updateChrome();
@@ -505,7 +514,9 @@ void MenuBarHost::rememberFrame()
 {
     if (pondInFullScreen() || m_fullScreenTransition)
         return;
-    const auto onScreen = [](const std::shared_ptr<Window>& window) { return window && window->isVisible() && !window->isMiniaturized(); };
+    const auto onScreen = [](const std::shared_ptr<Window>& window) {
+        return window && window->isVisible() && !window->isMiniaturized();
+    };
     const auto inDock = [](const std::shared_ptr<Window>& window) { return window && window->isMiniaturized(); };
     for (const auto* window : {&m_panel, &m_pond}) {
         if (onScreen(*window)) {
@@ -547,7 +558,8 @@ Rect MenuBarHost::targetFrame() const
             return m_pond->frame();
         return {0, 0, WindowPlacement::defaultWidth, WindowPlacement::defaultHeight};
     }
-    return m_lastFrame ? WindowPlacement::constrained(*m_lastFrame, screen->visibleFrame) : WindowPlacement::frame(screen->visibleFrame);
+    return m_lastFrame ? WindowPlacement::constrained(*m_lastFrame, screen->visibleFrame)
+                       : WindowPlacement::frame(screen->visibleFrame);
 }
 
 void MenuBarHost::reposition()
@@ -687,7 +699,8 @@ ContentView* MenuBarHost::pondContent(const InputEvent& event) const
 
 Point MenuBarHost::normalized(const ContentView& content, Point local)
 {
-    return WindowPlacement::normalizedPointer(local, content.bounds(), content.isFlipped() ? WindowPlacement::Flipped::yes : WindowPlacement::Flipped::no);
+    return WindowPlacement::normalizedPointer(
+        local, content.bounds(), content.isFlipped() ? WindowPlacement::Flipped::yes : WindowPlacement::Flipped::no);
 }
 
 EventDisposition MenuBarHost::handleKeyEvent(const InputEvent& event)
@@ -700,7 +713,8 @@ EventDisposition MenuBarHost::handleKeyEvent(const InputEvent& event)
             m_keyboardState.clear();
         return EventDisposition::passOn;
     case InputEventType::keyDown:
-        if (event.keyCode == KeyCode::f && (flags & ModifierFlag::command) != 0 && (flags & ModifierFlag::control) != 0) {
+        if (event.keyCode == KeyCode::f && (flags & ModifierFlag::command) != 0
+            && (flags & ModifierFlag::control) != 0) {
             // Holding the shortcut toggles once.
             if (!event.isARepeat)
                 toggleFullScreen();

@@ -30,8 +30,10 @@ PondChromeView::Layout PondChromeView::layout() const
     layout.gear = Rect(width - gearTrailing - gearSize, wordmarkCentre - gearSize * 0.5, gearSize, gearSize);
     // The wordmark gives way before it reaches under the gear.
     const double wordmarkRoom = std::max(0.0, layout.gear.minX() - wordmarkGearSpacing - wordmarkLeading);
-    layout.wordmark = Rect(wordmarkLeading, wordmarkTop, std::min(m_wordmarkSize.width, wordmarkRoom), m_wordmarkSize.height);
-    layout.days = Rect(daysSideMargin, height - daysBottom - m_daysLineHeight, std::max(0.0, width - 2 * daysSideMargin), m_daysLineHeight);
+    layout.wordmark
+        = Rect(wordmarkLeading, wordmarkTop, std::min(m_wordmarkSize.width, wordmarkRoom), m_wordmarkSize.height);
+    layout.days = Rect(daysSideMargin, height - daysBottom - m_daysLineHeight,
+        std::max(0.0, width - 2 * daysSideMargin), m_daysLineHeight);
     return layout;
 }
 
@@ -40,7 +42,8 @@ std::array<PondChromeView::Shade, 2> PondChromeView::shades() const
     const double height = m_size.height;
     return {
         Shade{{0, 0}, {0, topShadeHeight}, shadeColor.withOpacity(topShadeOpacity), shadeColor.withOpacity(0)},
-        Shade{{0, height - bottomShadeHeight}, {0, height}, shadeColor.withOpacity(0), shadeColor.withOpacity(bottomShadeOpacity)},
+        Shade{{0, height - bottomShadeHeight}, {0, height}, shadeColor.withOpacity(0),
+            shadeColor.withOpacity(bottomShadeOpacity)},
     };
 }
 

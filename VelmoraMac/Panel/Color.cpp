@@ -47,7 +47,8 @@ double component(std::uint32_t value, unsigned shift)
 Color Color::mobileHex(std::string_view text)
 {
     const auto first = text.find_first_not_of('#');
-    text = first == std::string_view::npos ? std::string_view() : text.substr(first, text.find_last_not_of('#') - first + 1);
+    text = first == std::string_view::npos ? std::string_view()
+                                           : text.substr(first, text.find_last_not_of('#') - first + 1);
     const std::uint32_t value = parsedUnsigned(text).value_or(0);
     return Color{component(value, 16), component(value, 8), component(value, 0), 1};
 }

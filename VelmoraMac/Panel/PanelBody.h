@@ -364,7 +364,8 @@ struct SettingsPage {
 // A plain value built anew for each redraw; its actions call back into the
 // view that built it.
 struct PanelBody {
-    using Page = std::variant<LoadErrorPage, WelcomePage, SelectionPage, LoginIntroPage, LanguagePage, ExplanationPage, SettingsPage>;
+    using Page = std::variant<LoadErrorPage, WelcomePage, SelectionPage, LoginIntroPage, LanguagePage, ExplanationPage,
+        SettingsPage>;
 
     Color background;
     // Of every text and icon that names no colour of its own.

@@ -22,7 +22,8 @@ namespace velmora {
 class PanelContent final : public WindowContent {
 public:
     // Throws std::invalid_argument when the model or a service is missing.
-    PanelContent(std::shared_ptr<PracticeCoordinator> model, PanelServices services, SystemNotifications& notifications);
+    PanelContent(
+        std::shared_ptr<PracticeCoordinator> model, PanelServices services, SystemNotifications& notifications);
     PanelContent(const PanelContent&) = delete;
     PanelContent& operator=(const PanelContent&) = delete;
     PanelContent(PanelContent&&) = delete;

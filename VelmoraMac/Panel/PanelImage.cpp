@@ -33,8 +33,8 @@ PanelImage PanelImage::fromPNG(std::string png)
     constexpr std::size_t checkedSize = heightOffset + 4;
 
     const std::string_view bytes(png);
-    if (bytes.size() < checkedSize || !bytes.starts_with(pngSignature)
-        || bigEndian(bytes, lengthOffset) != headerLength || bytes.substr(typeOffset, 4) != "IHDR")
+    if (bytes.size() < checkedSize || !bytes.starts_with(pngSignature) || bigEndian(bytes, lengthOffset) != headerLength
+        || bytes.substr(typeOffset, 4) != "IHDR")
         return {};
     const std::uint32_t width = bigEndian(bytes, widthOffset);
     const std::uint32_t height = bigEndian(bytes, heightOffset);

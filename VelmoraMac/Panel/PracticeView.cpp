@@ -216,7 +216,9 @@ Instant PracticeView::reminderTime() const
 {
     const PracticeState& state = m_model->state().get();
     const Instant now = m_services.system->now();
-    return TimeOfDay{state.reminderHour, state.reminderMinute}.on(now, m_services.system->currentCalendar()).value_or(now);
+    return TimeOfDay{state.reminderHour, state.reminderMinute}
+        .on(now, m_services.system->currentCalendar())
+        .value_or(now);
 }
 
 bool PracticeView::reminderTimeEnabled() const

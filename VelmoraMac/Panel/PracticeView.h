@@ -123,8 +123,7 @@ private:
     void needsDisplay() const;
     void enterSelection();
 
-    template <typename Operation>
-    [[nodiscard]] PanelAction bound(Operation operation) const;
+    template <typename Operation> [[nodiscard]] PanelAction bound(Operation operation) const;
 
     [[nodiscard]] PanelHeader header() const;
     [[nodiscard]] PanelBody::Page content() const;
@@ -136,13 +135,15 @@ private:
     [[nodiscard]] ExplanationPage explanationPage() const;
     [[nodiscard]] SettingsPage settingsPage() const;
     [[nodiscard]] LoginBlock loginBlock() const;
-    [[nodiscard]] PanelRow row(std::string_view iconName, std::string title, std::optional<std::string> subtitle, std::string_view trailing, PanelAction action) const;
+    [[nodiscard]] PanelRow row(std::string_view iconName, std::string title, std::optional<std::string> subtitle,
+        std::string_view trailing, PanelAction action) const;
     // A warning shows in the body's colour.
     enum class Warning : std::uint8_t {
         none,
         shown,
     };
-    [[nodiscard]] PanelSwitchRow switchRow(std::string title, std::string body, bool isOn, Warning warning, PanelAction toggle) const;
+    [[nodiscard]] PanelSwitchRow switchRow(
+        std::string title, std::string body, bool isOn, Warning warning, PanelAction toggle) const;
     [[nodiscard]] PanelSwitchRow stateSwitchRow(std::string_view title, std::string_view body, StateSwitch field) const;
     [[nodiscard]] PanelIcon icon(std::string_view name, double size, std::string_view colorKey) const;
 

@@ -49,8 +49,7 @@ std::string atLanguage(const std::vector<std::string>& entries, std::size_t inde
 
 // Actions keep the view weakly: a toolkit may hold on to a description after
 // the view is gone.
-template <typename Operation>
-PanelAction PracticeView::bound(Operation operation) const
+template <typename Operation> PanelAction PracticeView::bound(Operation operation) const
 {
     return [weak = m_weakSelf.weak(), operation = std::move(operation)] {
         if (PracticeView* view = WeakSelf<PracticeView>::lock(weak))
@@ -238,7 +237,8 @@ LanguagePage PracticeView::languagePage() const
     for (const std::string& code : codes) {
         PanelRow row;
         row.title = PanelText::plain(languageName(code), rowTitleSize, m_style.color("paper"));
-        row.trailing = code == current ? icon("checked", rowIconSize, "primary") : icon("unchecked", rowIconSize, "muted");
+        row.trailing
+            = code == current ? icon("checked", rowIconSize, "primary") : icon("unchecked", rowIconSize, "muted");
         row.action = bound([code](PracticeView& view) { view.chooseLanguage(code); });
         page.choices.push_back({code, std::move(row)});
     }
@@ -265,7 +265,8 @@ SettingsPage PracticeView::settingsPage() const
     SettingsPage page;
 
     page.language.heading = PanelText::plain(text("language"), headingSize, paper);
-    page.language.row = row("language", text("language"), languageName(state.language), "expand", bound([](PracticeView& view) { view.openLanguage(); }));
+    page.language.row = row("language", text("language"), languageName(state.language), "expand",
+        bound([](PracticeView& view) { view.openLanguage(); }));
 
     page.login = loginBlock();
 
@@ -273,14 +274,18 @@ SettingsPage PracticeView::settingsPage() const
     page.sounds.water = stateSwitchRow("waterSound", "waterSoundBody", &PracticeState::waterSoundEnabled);
     page.sounds.bell = stateSwitchRow("bellSound", "bellSoundBody", &PracticeState::bellSoundEnabled);
 
-    page.topics.topics = row("lotus", text("topicsTitle"), text("retained"), "next", bound([](PracticeView& view) { view.openTopics(); }));
-    page.topics.guide = row("guide", text("guide"), std::nullopt, "next", bound([](PracticeView& view) { view.openGuide(); }));
+    page.topics.topics = row(
+        "lotus", text("topicsTitle"), text("retained"), "next", bound([](PracticeView& view) { view.openTopics(); }));
+    page.topics.guide
+        = row("guide", text("guide"), std::nullopt, "next", bound([](PracticeView& view) { view.openGuide(); }));
 
-    page.reminder.toggle = switchRow(text("reminder"), text(denied ? "permissionDenied" : "reminderBody"), state.reminderEnabled, denied ? Warning::shown : Warning::none,
+    page.reminder.toggle = switchRow(text("reminder"), text(denied ? "permissionDenied" : "reminderBody"),
+        state.reminderEnabled, denied ? Warning::shown : Warning::none,
         bound([](PracticeView& view) { view.setReminder(!view.model().state().get().reminderEnabled); }));
     page.reminder.toggle.accessibilityIdentifier = "reminder.toggle";
     if (denied) {
-        PanelButton button = m_style.textButton(text("notificationSettings"), baseSize, bound([](PracticeView& view) { view.openNotificationSettings(); }));
+        PanelButton button = m_style.textButton(
+            text("notificationSettings"), baseSize, bound([](PracticeView& view) { view.openNotificationSettings(); }));
         button.accessibilityIdentifier = "reminder.openSettings";
         page.reminder.openSettings = std::move(button);
     }
@@ -315,18 +320,20 @@ SettingsPage PracticeView::settingsPage() const
 LoginBlock PracticeView::loginBlock() const
 {
     LoginBlock block;
-    block.toggle = switchRow(text("launchAtLogin"), text("launchAtLoginBody"), m_model->loginEnabled().get(), Warning::none,
-        bound([](PracticeView& view) { view.setLoginLaunch(!view.model().loginEnabled().get()); }));
+    block.toggle = switchRow(text("launchAtLogin"), text("launchAtLoginBody"), m_model->loginEnabled().get(),
+        Warning::none, bound([](PracticeView& view) { view.setLoginLaunch(!view.model().loginEnabled().get()); }));
     if (m_model->loginRequiresApproval().get()) {
         block.approval = PanelText::plain(text("loginApproval"), bodySize, m_style.color("muted"));
-        block.openSettings = m_style.textButton(text("loginSettings"), bodySize, bound([](PracticeView& view) { view.openLoginItemsSettings(); }));
+        block.openSettings = m_style.textButton(
+            text("loginSettings"), bodySize, bound([](PracticeView& view) { view.openLoginItemsSettings(); }));
     }
     if (const auto& error = m_model->loginError().get())
         block.error = PanelText::plain(*error, bodySize, m_style.color("paper"));
     return block;
 }
 
-PanelRow PracticeView::row(std::string_view iconName, std::string title, std::optional<std::string> subtitle, std::string_view trailing, PanelAction action) const
+PanelRow PracticeView::row(std::string_view iconName, std::string title, std::optional<std::string> subtitle,
+    std::string_view trailing, PanelAction action) const
 {
     PanelRow row;
     row.icon = icon(iconName, rowIconSize, "gold");
@@ -338,7 +345,8 @@ PanelRow PracticeView::row(std::string_view iconName, std::string title, std::op
     return row;
 }
 
-PanelSwitchRow PracticeView::switchRow(std::string title, std::string body, bool isOn, Warning warning, PanelAction toggle) const
+PanelSwitchRow PracticeView::switchRow(
+    std::string title, std::string body, bool isOn, Warning warning, PanelAction toggle) const
 {
     PanelSwitchRow row;
     row.title = PanelText::plain(std::move(title), rowTitleSize, m_style.color("paper"));

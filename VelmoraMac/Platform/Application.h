@@ -68,7 +68,9 @@ public:
 
     // Shows a warning with one button and returns when the user has
     // dismissed it.
-    virtual void runModalAlert(const std::string& message, const std::string& informativeText, const std::string& buttonTitle) = 0;
+    virtual void runModalAlert(
+        const std::string& message, const std::string& informativeText, const std::string& buttonTitle)
+        = 0;
     // Ends the application. The window system may still return here, so a
     // caller that must not continue ends the process itself.
     virtual void terminate() = 0;

@@ -33,8 +33,7 @@ struct TaskSource {
 constexpr std::chrono::microseconds callerPatience{20};
 
 // Spins until `done` answers true or `patience` has passed.
-template <typename Done>
-bool spinUntil(std::chrono::microseconds patience, const Done& done)
+template <typename Done> bool spinUntil(std::chrono::microseconds patience, const Done& done)
 {
     const auto deadline = std::chrono::steady_clock::now() + patience;
     for (;;) {
@@ -207,7 +206,8 @@ GLibMainThread::GLibMainThread(GMainContext* context, std::thread::id mainThread
     , m_mainThread(mainThread)
     , m_failures(std::make_shared<FailureReporter>())
 {
-    static GSourceFuncs taskSourceFunctions = {&GLibMainThread::prepareTasks, &GLibMainThread::checkTasks, &GLibMainThread::dispatchTasks, nullptr, nullptr, nullptr};
+    static GSourceFuncs taskSourceFunctions = {&GLibMainThread::prepareTasks, &GLibMainThread::checkTasks,
+        &GLibMainThread::dispatchTasks, nullptr, nullptr, nullptr};
     m_taskSource = SourcePointer::adopt(g_source_new(&taskSourceFunctions, sizeof(TaskSource)));
     reinterpret_cast<TaskSource*>(m_taskSource.get())->owner = this;
     g_source_set_name(m_taskSource.get(), "velmora main-thread tasks");
@@ -391,7 +391,8 @@ std::unique_ptr<RepeatingTimer::Registration> GLibMainThread::attachTimer(std::c
     g_source_set_name(source.get(), "velmora repeating timer");
     g_source_set_callback(source.get(), &fireTimer, new std::shared_ptr<TimerTicker>(ticker), &releaseTimer);
     g_source_attach(source.get(), m_context.get());
-    return std::make_unique<TimerRegistration>(ContextPointer::share(m_context.get()), std::move(source), std::move(ticker));
+    return std::make_unique<TimerRegistration>(
+        ContextPointer::share(m_context.get()), std::move(source), std::move(ticker));
 }
 
 } // namespace velmora

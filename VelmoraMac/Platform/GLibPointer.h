@@ -8,15 +8,17 @@ namespace velmora {
 // when the holder goes away, so that a source or context can never outlive
 // the C++ object that attached it by accident. `reference` and `release`
 // are the type's ref and unref functions.
-template <typename T, auto reference, auto release>
-class GLibPointer {
+template <typename T, auto reference, auto release> class GLibPointer {
 public:
     GLibPointer() = default;
 
     // Takes over a reference the caller already owns (a new object).
     static GLibPointer adopt(T* object) { return GLibPointer(object); }
     // Takes a reference of its own on an object that someone else owns.
-    static GLibPointer share(T* object) { return GLibPointer(object != nullptr ? static_cast<T*>(reference(object)) : nullptr); }
+    static GLibPointer share(T* object)
+    {
+        return GLibPointer(object != nullptr ? static_cast<T*>(reference(object)) : nullptr);
+    }
 
     GLibPointer(const GLibPointer&) = delete;
     GLibPointer& operator=(const GLibPointer&) = delete;

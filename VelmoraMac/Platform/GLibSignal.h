@@ -22,9 +22,11 @@ public:
 
     // `callback` must be cast with G_CALLBACK from a function of the
     // signal's own signature.
-    GLibSignal(gpointer instance, const char* signal, GCallback callback, gpointer data, When when = When::beforeDefault)
+    GLibSignal(
+        gpointer instance, const char* signal, GCallback callback, gpointer data, When when = When::beforeDefault)
         : m_instance(G_OBJECT(instance))
-        , m_handler(g_signal_connect_data(instance, signal, callback, data, nullptr, when == When::afterDefault ? G_CONNECT_AFTER : static_cast<GConnectFlags>(0)))
+        , m_handler(g_signal_connect_data(instance, signal, callback, data, nullptr,
+              when == When::afterDefault ? G_CONNECT_AFTER : static_cast<GConnectFlags>(0)))
     {
         g_object_add_weak_pointer(m_instance, reinterpret_cast<gpointer*>(&m_instance));
     }

@@ -95,8 +95,7 @@ public:
 
     // submitSync for work with a result: the value `work` returns on the
     // main thread, or its exception.
-    template <typename Work>
-    std::invoke_result_t<Work&> runSync(Work&& work)
+    template <typename Work> std::invoke_result_t<Work&> runSync(Work&& work)
     {
         using Result = std::invoke_result_t<Work&>;
         if constexpr (std::is_void_v<Result>) {

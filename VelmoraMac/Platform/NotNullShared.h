@@ -13,11 +13,9 @@ namespace velmora {
 // so a factory that returns it cannot hand out null and its holders need no
 // check. It turns into a plain shared_ptr where one is wanted. Moving
 // copies, so that a holder moved from still holds its object.
-template <typename T>
-class NotNullShared {
+template <typename T> class NotNullShared {
 public:
-    template <typename... Arguments>
-    static NotNullShared make(Arguments&&... arguments)
+    template <typename... Arguments> static NotNullShared make(Arguments&&... arguments)
     {
         return NotNullShared(std::make_shared<T>(std::forward<Arguments>(arguments)...));
     }
@@ -40,10 +38,7 @@ public:
 
     NotNullShared(const NotNullShared&) = default;
     NotNullShared& operator=(const NotNullShared&) = default;
-    NotNullShared(NotNullShared&& other) noexcept
-    {
-        m_object = other.m_object;
-    }
+    NotNullShared(NotNullShared&& other) noexcept { m_object = other.m_object; }
     NotNullShared& operator=(NotNullShared&& other) noexcept
     {
         m_object = other.m_object;
@@ -58,10 +53,7 @@ public:
 
     template <typename Base>
     requires std::convertible_to<T*, Base*>
-    operator std::shared_ptr<Base>() const
-    {
-        return m_object;
-    }
+    operator std::shared_ptr<Base>() const { return m_object; }
 
 private:
     explicit NotNullShared(std::shared_ptr<T> object)

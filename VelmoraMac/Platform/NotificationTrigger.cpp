@@ -12,7 +12,9 @@ bool isCalendarDate(std::int32_t year, std::int32_t month, std::int32_t day)
 {
     if (month < 1 || month > 12 || day < 1 || day > 31)
         return false;
-    return std::chrono::year_month_day(std::chrono::year(year), std::chrono::month(static_cast<unsigned>(month)), std::chrono::day(static_cast<unsigned>(day))).ok();
+    return std::chrono::year_month_day(std::chrono::year(year), std::chrono::month(static_cast<unsigned>(month)),
+        std::chrono::day(static_cast<unsigned>(day)))
+        .ok();
 }
 
 } // namespace

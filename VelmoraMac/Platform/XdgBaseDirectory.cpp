@@ -16,7 +16,8 @@ std::string_view XdgBaseDirectory::environmentVariable(const char* name)
     return value == nullptr ? std::string_view() : std::string_view(value);
 }
 
-std::optional<std::filesystem::path> XdgBaseDirectory::resolve(std::string_view value, std::string_view home, const std::filesystem::path& fallback)
+std::optional<std::filesystem::path> XdgBaseDirectory::resolve(
+    std::string_view value, std::string_view home, const std::filesystem::path& fallback)
 {
     const std::filesystem::path given(value);
     if (given.is_absolute())
@@ -27,7 +28,8 @@ std::optional<std::filesystem::path> XdgBaseDirectory::resolve(std::string_view 
     return std::nullopt;
 }
 
-std::optional<std::filesystem::path> XdgBaseDirectory::forThisProcess(const char* variable, const std::filesystem::path& fallback)
+std::optional<std::filesystem::path> XdgBaseDirectory::forThisProcess(
+    const char* variable, const std::filesystem::path& fallback)
 {
     const std::string_view value = environmentVariable(variable);
     if (std::optional<std::filesystem::path> folder = resolve(value, environmentVariable("HOME"), fallback))

@@ -28,14 +28,17 @@ bool isProcessNumber(const std::string& key)
 
 bool isListOfRecords(const nlohmann::json& value)
 {
-    return value.is_array() && std::ranges::all_of(value, [](const nlohmann::json& record) { return record.is_object(); });
+    return value.is_array()
+        && std::ranges::all_of(value, [](const nlohmann::json& record) { return record.is_object(); });
 }
 
 // A service that answers anything else is not trusted with any of it.
 bool isAssertionsByProcess(const nlohmann::json& answer)
 {
     const auto items = answer.items();
-    return answer.is_object() && std::all_of(items.begin(), items.end(), [](const auto& item) { return isProcessNumber(item.key()) && isListOfRecords(item.value()); });
+    return answer.is_object() && std::all_of(items.begin(), items.end(), [](const auto& item) {
+        return isProcessNumber(item.key()) && isListOfRecords(item.value());
+    });
 }
 
 bool isString(const nlohmann::json& record, const char* key, const char* expected)
@@ -86,7 +89,8 @@ void allowSystemTimer(PowerAssertionRegistry& registry, DiagnosticLog& log, std:
     if (own == answer->end())
         return;
     for (const auto& record : *own) {
-        if (!isString(record, Registry::typeKey, displayAssertionType) || !isString(record, Registry::nameKey, displayAssertionName) || !isLevelOn(record))
+        if (!isString(record, Registry::typeKey, displayAssertionType)
+            || !isString(record, Registry::nameKey, displayAssertionName) || !isLevelOn(record))
             continue;
         const auto identifier = identifierOf(record);
         if (!identifier)

@@ -32,7 +32,8 @@ void LoginLaunchService::setEnabled(bool enabled)
 
 bool LoginLaunchService::isLoginEvent(const std::optional<LaunchEvent>& event)
 {
-    return event && event->eventID == LaunchEvent::openApplication && event->propertyData == LaunchEvent::launchedAsLoginItem;
+    return event && event->eventID == LaunchEvent::openApplication
+        && event->propertyData == LaunchEvent::launchedAsLoginItem;
 }
 
 } // namespace velmora

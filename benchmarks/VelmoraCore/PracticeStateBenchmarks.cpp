@@ -78,7 +78,8 @@ BENCHMARK(dayKeyInZone);
 void withPracticeDays(benchmark::internal::Benchmark* benchmark)
 {
     benchmark->ArgName("days");
-    for (const std::int64_t days : {std::int64_t{30}, threeYearsOfDays, std::int64_t{3650}, std::int64_t{20000}, std::int64_t{1000000}})
+    for (const std::int64_t days :
+        {std::int64_t{30}, threeYearsOfDays, std::int64_t{3650}, std::int64_t{20000}, std::int64_t{1000000}})
         benchmark->Arg(days);
 }
 

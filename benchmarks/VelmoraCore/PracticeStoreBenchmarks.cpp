@@ -65,9 +65,8 @@ void writePlainly(const fs::path& target, std::string_view bytes)
 // most often. Noticing on the same day keeps the file's size steady.
 PracticeStore::Change noticing()
 {
-    return [calendar = UserCalendar::utc()](const PracticeState& practice) {
-        return practice.notice("phone", bench::lastPracticeDay(), calendar);
-    };
+    return [calendar = UserCalendar::utc()](
+               const PracticeState& practice) { return practice.notice("phone", bench::lastPracticeDay(), calendar); };
 }
 
 // A scratch folder with a store in it that already holds a long-standing
@@ -95,8 +94,7 @@ private:
 
 // Google Benchmark has no way to report a thrown error; this turns one into
 // a skipped benchmark with the error's text instead of an aborted program.
-template <typename Body>
-void skippingOnError(benchmark::State& state, Body&& body)
+template <typename Body> void skippingOnError(benchmark::State& state, Body&& body)
 {
     try {
         body();
@@ -140,8 +138,7 @@ BENCHMARK(plainDurableWrite)->ArgName("days")->Arg(threeYearsOfDays)->UseRealTim
 // mostly for the device to confirm the flushes.
 class TimeSpent {
 public:
-    template <typename Body>
-    void add(Body&& body)
+    template <typename Body> void add(Body&& body)
     {
         const Clock::time_point wallStart = Clock::now();
         const std::chrono::nanoseconds processorStart = threadProcessorTime();

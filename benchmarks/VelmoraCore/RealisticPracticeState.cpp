@@ -59,7 +59,8 @@ PracticeState realisticPracticeState(std::int64_t practiceDayCount)
         if (index == 0)
             state.lotuses.emplace(topicID, LotusProgress(moments, std::move(lastDay)));
         else
-            state.lotuses.emplace(topicID, LotusProgress(moments, std::move(lastDay), (index * 5) % (LotusProgress::fullGrowth + 1)));
+            state.lotuses.emplace(
+                topicID, LotusProgress(moments, std::move(lastDay), (index * 5) % (LotusProgress::fullGrowth + 1)));
         ++index;
     }
     return state;

@@ -15,7 +15,10 @@ public:
     ScratchFolder& operator=(ScratchFolder&&) = delete;
     ~ScratchFolder();
 
-    [[nodiscard]] std::filesystem::path operator/(const std::filesystem::path& relative) const { return m_path / relative; }
+    [[nodiscard]] std::filesystem::path operator/(const std::filesystem::path& relative) const
+    {
+        return m_path / relative;
+    }
 
 private:
     std::filesystem::path m_path;

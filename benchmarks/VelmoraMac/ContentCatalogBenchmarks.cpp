@@ -16,8 +16,7 @@ constexpr const char* shippedContent = VELMORA_CONTENT_RESOURCE;
 
 // Google Benchmark has no way to report a thrown error; this turns one into
 // a skipped benchmark with the error's text instead of an aborted program.
-template <typename Body>
-void skippingOnError(benchmark::State& state, Body&& body)
+template <typename Body> void skippingOnError(benchmark::State& state, Body&& body)
 {
     try {
         body();
@@ -33,7 +32,8 @@ void contentCatalogLoad(benchmark::State& state)
     skippingOnError(state, [&state] {
         for (auto _ : state)
             benchmark::DoNotOptimize(ContentCatalog(shippedContent));
-        state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(std::filesystem::file_size(shippedContent)));
+        state.SetBytesProcessed(
+            state.iterations() * static_cast<std::int64_t>(std::filesystem::file_size(shippedContent)));
     });
 }
 BENCHMARK(contentCatalogLoad)->Unit(benchmark::kMillisecond)->UseRealTime();
@@ -52,7 +52,8 @@ BENCHMARK(contentCatalogFromJSON)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 // Lookups that every snapshot makes: a plain text, a text with "{count}" and
 // one for a language that falls back to English.
-void contentCatalogText(benchmark::State& state, const char* key, const char* language, std::optional<std::int64_t> count)
+void contentCatalogText(
+    benchmark::State& state, const char* key, const char* language, std::optional<std::int64_t> count)
 {
     skippingOnError(state, [&] {
         const ContentCatalog catalog(shippedContent);

@@ -75,7 +75,11 @@ class Latencies {
 public:
     explicit Latencies(std::size_t expected) { m_nanoseconds.reserve(expected); }
 
-    void add(Clock::duration duration) { m_nanoseconds.push_back(static_cast<double>(std::chrono::duration_cast<std::chrono::nanoseconds>(duration).count())); }
+    void add(Clock::duration duration)
+    {
+        m_nanoseconds.push_back(
+            static_cast<double>(std::chrono::duration_cast<std::chrono::nanoseconds>(duration).count()));
+    }
 
     void report(benchmark::State& state)
     {
@@ -100,8 +104,7 @@ private:
 constexpr std::chrono::milliseconds idlePause{2};
 
 // Each call after an idle pause, which is left out of the timing.
-template <typename Call>
-void timeEachCallAfterIdle(benchmark::State& state, const Call& call)
+template <typename Call> void timeEachCallAfterIdle(benchmark::State& state, const Call& call)
 {
     Latencies latencies(1 << 12);
     for ([[maybe_unused]] auto _ : state) {
@@ -115,8 +118,7 @@ void timeEachCallAfterIdle(benchmark::State& state, const Call& call)
     latencies.report(state);
 }
 
-template <typename Call>
-void timeEachCall(benchmark::State& state, const Call& call)
+template <typename Call> void timeEachCall(benchmark::State& state, const Call& call)
 {
     Latencies latencies(1 << 16);
     for ([[maybe_unused]] auto _ : state) {
@@ -212,9 +214,8 @@ BENCHMARK(conditionVariablePingPongAfterIdle)->Unit(benchmark::kMicrosecond)->Us
 void exportOnMainThread(benchmark::State& state)
 {
     startedLibrary();
-    NativeStartup::mainThread()->submitSync([&state] {
-        timeEachCall(state, [] { benchmark::DoNotOptimize(VelmoraIsPondVisible()); });
-    });
+    NativeStartup::mainThread()->submitSync(
+        [&state] { timeEachCall(state, [] { benchmark::DoNotOptimize(VelmoraIsPondVisible()); }); });
 }
 BENCHMARK(exportOnMainThread)->Unit(benchmark::kMicrosecond)->UseRealTime();
 
@@ -256,7 +257,8 @@ BENCHMARK(framePollAfterIdle)->Unit(benchmark::kMicrosecond)->UseManualTime()->I
 // "key value" lines of one probe run in a fresh process.
 std::map<std::string, double> runProbe(const fs::path& dataHome, const std::string& arguments = "")
 {
-    const std::string command = "XDG_DATA_HOME='" + dataHome.string() + "' '" + std::string(VELMORA_NATIVE_EXPORTS_PROBE) + "' '" + std::string(VELMORA_NATIVE_LIBRARY) + "' " + arguments;
+    const std::string command = "XDG_DATA_HOME='" + dataHome.string() + "' '"
+        + std::string(VELMORA_NATIVE_EXPORTS_PROBE) + "' '" + std::string(VELMORA_NATIVE_LIBRARY) + "' " + arguments;
     FILE* probe = ::popen(command.c_str(), "r");
     if (probe == nullptr)
         return {};
@@ -292,7 +294,11 @@ void startToFirstEventInAFreshProcess(benchmark::State& state)
     state.counters["resident_after_load_KiB"] = last["residentAfterLoadingKiB"];
     state.counters["resident_after_start_KiB"] = last["residentAfterStartKiB"];
 }
-BENCHMARK(startToFirstEventInAFreshProcess)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(5)->Arg(bench::threeYearsOfDays);
+BENCHMARK(startToFirstEventInAFreshProcess)
+    ->Unit(benchmark::kMillisecond)
+    ->UseManualTime()
+    ->Iterations(5)
+    ->Arg(bench::threeYearsOfDays);
 
 // A week-old practice against three years, started in turns so that both
 // meet the same machine: start-up must not grow with the history. Medians,
@@ -312,7 +318,8 @@ void startToFirstEventWeekAgainstThreeYears(benchmark::State& state)
     for ([[maybe_unused]] auto _ : state) {
         std::map<std::string, double> weekRun = runProbe(week / "");
         std::map<std::string, double> threeYearRun = runProbe(threeYears / "");
-        if (!weekRun.contains("startToFirstEventNanoseconds") || !threeYearRun.contains("startToFirstEventNanoseconds")) {
+        if (!weekRun.contains("startToFirstEventNanoseconds")
+            || !threeYearRun.contains("startToFirstEventNanoseconds")) {
             state.SkipWithError("the probe failed");
             return;
         }
@@ -354,7 +361,15 @@ void noticingAgainstItsDurableWrite(benchmark::State& state)
     state.counters["bare_write_cpu_us"] = last["bareWriteCpuMedianNanoseconds"] / 1e3;
     state.counters["file_KiB"] = last["stateFileBytes"] / 1024;
 }
-BENCHMARK(noticingAgainstItsDurableWrite)->Unit(benchmark::kMicrosecond)->UseManualTime()->Iterations(1)->Arg(0)->Arg(30)->Arg(bench::threeYearsOfDays)->Arg(3650)->Arg(20000);
+BENCHMARK(noticingAgainstItsDurableWrite)
+    ->Unit(benchmark::kMicrosecond)
+    ->UseManualTime()
+    ->Iterations(1)
+    ->Arg(0)
+    ->Arg(30)
+    ->Arg(bench::threeYearsOfDays)
+    ->Arg(3650)
+    ->Arg(20000);
 
 // A forged file of a million practice days (13 MB): refused by the store's
 // size limit, the start shows the load error at once, and a noticing on it

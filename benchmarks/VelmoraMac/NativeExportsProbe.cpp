@@ -52,7 +52,8 @@ long long nanoseconds(Clock::duration duration)
 
 std::filesystem::path stateFile()
 {
-    const char* dataHome = std::getenv("XDG_DATA_HOME"); // NOLINT(concurrency-mt-unsafe): read before the library starts its threads
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): read before the library starts its threads
+    const char* dataHome = std::getenv("XDG_DATA_HOME");
     return std::filesystem::path(dataHome == nullptr ? "" : dataHome) / "app.velmora.mac" / "practice.json";
 }
 
@@ -69,7 +70,8 @@ bool bareDurableWrite(const std::filesystem::path& target, const std::string& by
     const int file = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
     if (file < 0)
         return false;
-    bool written = ::write(file, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size()) && ::fsync(file) == 0;
+    bool written
+        = ::write(file, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size()) && ::fsync(file) == 0;
     written = ::close(file) == 0 && written;
     if (!written || ::rename(temporary.c_str(), target.c_str()) != 0)
         return false;
@@ -175,8 +177,7 @@ int main(int argc, char** argv)
     library.start();
     char* event = nullptr;
     const auto giveUp = begin + std::chrono::seconds(10);
-    while ((event = library.copyEvent()) == nullptr && std::chrono::steady_clock::now() < giveUp) {
-    }
+    while ((event = library.copyEvent()) == nullptr && std::chrono::steady_clock::now() < giveUp) { }
     const auto end = std::chrono::steady_clock::now();
     if (event == nullptr) {
         std::cerr << "probe: no event within ten seconds\n";
@@ -185,7 +186,8 @@ int main(int argc, char** argv)
     library.freeEvent(event);
     const long afterStart = residentKiB();
 
-    std::cout << "startToFirstEventNanoseconds " << std::chrono::duration_cast<std::chrono::nanoseconds>(end - begin).count() << '\n'
+    std::cout << "startToFirstEventNanoseconds "
+              << std::chrono::duration_cast<std::chrono::nanoseconds>(end - begin).count() << '\n'
               << "residentBeforeLoadingKiB " << beforeLoading << '\n'
               << "residentAfterLoadingKiB " << afterLoading << '\n'
               << "residentAfterStartKiB " << afterStart << '\n';

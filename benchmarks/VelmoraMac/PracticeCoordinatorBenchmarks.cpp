@@ -32,8 +32,14 @@ public:
     [[nodiscard]] const OpenCallback& onOpen() const override { return m_onOpen; }
     void setOnOpen(OpenCallback callback) override { m_onOpen = std::move(callback); }
     [[nodiscard]] const PermissionDeniedCallback& onPermissionDenied() const override { return m_onPermissionDenied; }
-    void setOnPermissionDenied(PermissionDeniedCallback callback) override { m_onPermissionDenied = std::move(callback); }
-    void schedule(std::shared_ptr<const PracticeState> /*state*/, const std::string& /*title*/, const std::string& /*body*/) override { }
+    void setOnPermissionDenied(PermissionDeniedCallback callback) override
+    {
+        m_onPermissionDenied = std::move(callback);
+    }
+    void schedule(std::shared_ptr<const PracticeState> /*state*/, const std::string& /*title*/,
+        const std::string& /*body*/) override
+    {
+    }
     void request(PermissionCompletion completion) override { completion(true); }
 
 private:
@@ -58,11 +64,14 @@ public:
         PracticeStore seed(url);
         seed.load();
         seed.update([](const PracticeState&) { return bench::realisticPracticeState(bench::threeYearsOfDays); });
-        auto system = std::make_shared<HeadlessSystemEnvironment>(bench::lastPracticeDay() + std::chrono::hours(36), UserCalendar::utc());
+        auto system = std::make_shared<HeadlessSystemEnvironment>(
+            bench::lastPracticeDay() + std::chrono::hours(36), UserCalendar::utc());
         m_coordinator = std::make_unique<PracticeCoordinator>(
-            std::make_shared<const ContentCatalog>(std::filesystem::path(VELMORA_CONTENT_RESOURCE)), std::make_unique<PracticeStore>(url),
-            std::make_shared<IdleLoginLaunch>(), std::make_shared<IdleReminders>(), [] {}, system);
-        m_coordinator->setOnSnapshot([this](const PondSnapshot& snapshot) { m_envelope = EventEnvelope::wrap(snapshot); });
+            std::make_shared<const ContentCatalog>(std::filesystem::path(VELMORA_CONTENT_RESOURCE)),
+            std::make_unique<PracticeStore>(url), std::make_shared<IdleLoginLaunch>(),
+            std::make_shared<IdleReminders>(), [] {}, system);
+        m_coordinator->setOnSnapshot(
+            [this](const PondSnapshot& snapshot) { m_envelope = EventEnvelope::wrap(snapshot); });
         m_coordinator->load();
     }
 

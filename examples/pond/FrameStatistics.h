@@ -45,7 +45,12 @@ public:
         const auto rank = static_cast<std::size_t>(std::lround(fraction * static_cast<double>(sorted.size() - 1)));
         return sorted[std::min(rank, sorted.size() - 1)];
     }
-    [[nodiscard]] double maximum() const { return m_count == 0 ? 0 : *std::max_element(m_samples.begin(), m_samples.begin() + static_cast<std::ptrdiff_t>(m_count)); }
+    [[nodiscard]] double maximum() const
+    {
+        return m_count == 0
+            ? 0
+            : *std::max_element(m_samples.begin(), m_samples.begin() + static_cast<std::ptrdiff_t>(m_count));
+    }
 
 private:
     std::vector<double> m_samples;

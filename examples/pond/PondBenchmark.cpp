@@ -79,7 +79,8 @@ MemoryReading readMemory()
 
 void printMemory(std::size_t frames, const MemoryReading& reading)
 {
-    std::printf("  resident memory after %zu frames: %ld kB (heap in use %zu kB)\n", frames, reading.residentKilobytes, reading.heapKilobytes);
+    std::printf("  resident memory after %zu frames: %ld kB (heap in use %zu kB)\n", frames, reading.residentKilobytes,
+        reading.heapKilobytes);
 }
 
 // A data folder of its own, removed at the end: the user's practice is
@@ -122,7 +123,8 @@ int run(const std::string& libraryPath, const PondBenchmarkOptions& options)
     const VelmoraLibrary library(libraryPath);
     library.start();
     PondFrame frame(library, options.scale);
-    const Owned<cairo_surface_t, cairo_surface_destroy> surface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, static_cast<int>(benchmarkView.width) * options.scale, static_cast<int>(benchmarkView.height) * options.scale));
+    const Owned<cairo_surface_t, cairo_surface_destroy> surface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32,
+        static_cast<int>(benchmarkView.width) * options.scale, static_cast<int>(benchmarkView.height) * options.scale));
     cairo_surface_set_device_scale(surface.get(), options.scale, options.scale);
     const Owned<cairo_t, cairo_destroy> cr(cairo_create(surface.get()));
 
@@ -223,18 +225,32 @@ int run(const std::string& libraryPath, const PondBenchmarkOptions& options)
         overWithoutSave += (took - saving).count() > frameBudget ? 1U : 0U;
     }
 
-    std::printf("pond benchmark: %.0f x %.0f points offscreen at scale %d, %zu lotuses (%zu full-grown, the ones noticed), one frame = poll + paint\n", benchmarkView.width, benchmarkView.height, options.scale, lotuses, fullGrown.size());
-    std::printf("first %zu frames: median %.3f ms, 99th percentile %.3f ms, max %.3f ms (a 60 Hz frame lasts 16.667 ms)\n", shortRun, shortFrames.percentile(0.5), shortFrames.percentile(0.99), shortFrames.maximum());
-    std::printf("  CPU time of the drawing thread: median %.3f ms, 99th percentile %.3f ms, max %.3f ms\n", shortCpu.percentile(0.5), shortCpu.percentile(0.99), shortCpu.maximum());
-    std::printf("  polling the library (ten readers and the event): %.1f %% of frame time, median %.3f ms a frame\n", 100 * shortPolls.total() / shortFrames.total(), shortPolls.percentile(0.5));
+    std::printf("pond benchmark: %.0f x %.0f points offscreen at scale %d, %zu lotuses (%zu full-grown, the ones "
+                "noticed), one frame = poll + paint\n",
+        benchmarkView.width, benchmarkView.height, options.scale, lotuses, fullGrown.size());
+    std::printf(
+        "first %zu frames: median %.3f ms, 99th percentile %.3f ms, max %.3f ms (a 60 Hz frame lasts 16.667 ms)\n",
+        shortRun, shortFrames.percentile(0.5), shortFrames.percentile(0.99), shortFrames.maximum());
+    std::printf("  CPU time of the drawing thread: median %.3f ms, 99th percentile %.3f ms, max %.3f ms\n",
+        shortCpu.percentile(0.5), shortCpu.percentile(0.99), shortCpu.maximum());
+    std::printf("  polling the library (ten readers and the event): %.1f %% of frame time, median %.3f ms a frame\n",
+        100 * shortPolls.total() / shortFrames.total(), shortPolls.percentile(0.5));
     printMemory(shortRun, residentShort);
-    std::printf("all %zu frames: median %.3f ms, 99th percentile %.3f ms, max %.3f ms; %zu new snapshots read\n", longRun, allFrames.percentile(0.5), allFrames.percentile(0.99), allFrames.maximum(), frame.snapshotsRead() - snapshotsBefore);
-    std::printf("  a noticing (the library saving included): median %.3f ms, max %.3f ms over %zu\n", noticings.percentile(0.5), noticings.maximum(), noticings.count());
+    std::printf("all %zu frames: median %.3f ms, 99th percentile %.3f ms, max %.3f ms; %zu new snapshots read\n",
+        longRun, allFrames.percentile(0.5), allFrames.percentile(0.99), allFrames.maximum(),
+        frame.snapshotsRead() - snapshotsBefore);
+    std::printf("  a noticing (the library saving included): median %.3f ms, max %.3f ms over %zu\n",
+        noticings.percentile(0.5), noticings.maximum(), noticings.count());
     if (middleRun > shortRun)
         printMemory(middleRun, residentMiddle);
     printMemory(longRun, residentLong);
-    std::printf("%zu noticings among %zu frames: %zu frames over %.3f ms (%zu without the library's save); frame median %.3f ms, 99th percentile %.3f ms, max %.3f ms\n", noticingFrames.count() / noticingEvery, noticingFrames.count(), over, frameBudget, overWithoutSave, noticingFrames.percentile(0.5), noticingFrames.percentile(0.99), noticingFrames.maximum());
-    std::printf("  taking a new snapshot in (read, compared, redrawn where changed): median %.3f ms, max %.3f ms over %zu snapshots\n", snapshotWork.percentile(0.5), snapshotWork.maximum(), snapshotWork.count());
+    std::printf("%zu noticings among %zu frames: %zu frames over %.3f ms (%zu without the library's save); frame "
+                "median %.3f ms, 99th percentile %.3f ms, max %.3f ms\n",
+        noticingFrames.count() / noticingEvery, noticingFrames.count(), over, frameBudget, overWithoutSave,
+        noticingFrames.percentile(0.5), noticingFrames.percentile(0.99), noticingFrames.maximum());
+    std::printf("  taking a new snapshot in (read, compared, redrawn where changed): median %.3f ms, max %.3f ms over "
+                "%zu snapshots\n",
+        snapshotWork.percentile(0.5), snapshotWork.maximum(), snapshotWork.count());
     std::fflush(stdout);
     return EXIT_SUCCESS;
 }

@@ -23,7 +23,8 @@ PondColor PondColor::parse(std::string_view text, PondColor fallback)
 
 PondColor PondColor::mixed(PondColor other, double amount) const
 {
-    return {red + (other.red - red) * amount, green + (other.green - green) * amount, blue + (other.blue - blue) * amount};
+    return {
+        red + (other.red - red) * amount, green + (other.green - green) * amount, blue + (other.blue - blue) * amount};
 }
 
 } // namespace pond

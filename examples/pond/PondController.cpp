@@ -26,7 +26,8 @@ void PondController::setTopics(std::vector<std::string> ids)
         if (!index || *index >= m_ids.size())
             return std::nullopt;
         const auto found = std::find(ids.begin(), ids.end(), m_ids[*index]);
-        return found == ids.end() ? std::nullopt : std::optional<std::size_t>(static_cast<std::size_t>(found - ids.begin()));
+        return found == ids.end() ? std::nullopt
+                                  : std::optional<std::size_t>(static_cast<std::size_t>(found - ids.begin()));
     };
     m_selected = carried(m_selected);
     m_pressed = carried(m_pressed);
@@ -49,7 +50,8 @@ std::optional<std::size_t> PondController::update(const PondInput& input, const 
     // view, which is the window this pond fills once the library has
     // adopted it; y grows upwards there and downwards here.
     const PondLayout::Size view = layout.view();
-    const double width = input.visible != 0 && input.contentWidth > 0 ? static_cast<double>(input.contentWidth) : view.width;
+    const double width
+        = input.visible != 0 && input.contentWidth > 0 ? static_cast<double>(input.contentWidth) : view.width;
     const double viewX = static_cast<double>(input.pointerX) * width;
     const double viewY = (1.0 - static_cast<double>(input.pointerY)) * view.height;
 
@@ -80,7 +82,8 @@ std::optional<std::size_t> PondController::update(const PondInput& input, const 
     return notice;
 }
 
-std::optional<std::size_t> PondController::pointerFrame(const PondInput& input, const PondLayout& layout, double viewX, double viewY)
+std::optional<std::size_t> PondController::pointerFrame(
+    const PondInput& input, const PondLayout& layout, double viewX, double viewY)
 {
     const std::optional<std::size_t> under = layout.hit(viewX + m_pan, viewY);
     m_hovered = under;
@@ -139,8 +142,7 @@ void PondController::navigationFrame(const PondInput& input, const PondLayout& l
 
 int PondController::due(Repeat& repeat, float value, double seconds)
 {
-    const int direction = value > pressedAxis ? 1 : value < -pressedAxis ? -1
-                                                                         : 0;
+    const int direction = value > pressedAxis ? 1 : value < -pressedAxis ? -1 : 0;
     if (direction == 0 || direction != repeat.direction) {
         repeat.direction = direction;
         repeat.next = seconds + firstRepeat;

@@ -22,8 +22,7 @@ namespace pond {
 // drags the pond sideways; wheel and trackpad scroll it.
 class PondController {
 public:
-    enum class Vertical : int { up = 0,
-        down = 1 };
+    enum class Vertical : int { up = 0, down = 1 };
 
     // The topics shown, by ID, in the order of the layout. Selection and the
     // moments of feedback follow the IDs when the list changes.
@@ -60,7 +59,8 @@ private:
         double next = 0;
     };
 
-    std::optional<std::size_t> pointerFrame(const PondInput& input, const PondLayout& layout, double viewX, double viewY);
+    std::optional<std::size_t> pointerFrame(
+        const PondInput& input, const PondLayout& layout, double viewX, double viewY);
     void navigationFrame(const PondInput& input, const PondLayout& layout, double seconds);
     // The direction of an axis when it is due to step: at once when pressed,
     // then after a pause at a steady pace while held.

@@ -49,7 +49,8 @@ nlohmann::json demoPractice()
         {"onboarded", true},
         {"selected", std::move(selected)},
         {"lotuses", std::move(lotuses)},
-        {"practiceDays", {"2025-03-10", "2025-03-11", "2025-03-13", "2025-03-14", "2025-03-17", "2025-03-18", "2025-03-19"}},
+        {"practiceDays",
+            {"2025-03-10", "2025-03-11", "2025-03-13", "2025-03-14", "2025-03-17", "2025-03-18", "2025-03-19"}},
         {"language", "system"},
         {"hintSeen", true},
         {"reminderEnabled", false},
@@ -68,7 +69,8 @@ fs::path PondDemoState::write(const fs::path& dataHome)
     fs::path file = folder / "practice.json";
     fs::create_directories(folder);
     if (fs::exists(file))
-        throw fs::filesystem_error("a practice is there already; it is left as it is", file, std::make_error_code(std::errc::file_exists));
+        throw fs::filesystem_error(
+            "a practice is there already; it is left as it is", file, std::make_error_code(std::errc::file_exists));
     std::ofstream out(file, std::ios::binary | std::ios::trunc);
     out << demoPractice().dump();
     out.close();

@@ -16,9 +16,11 @@ constexpr double feedbackSeconds = 2.5;
 
 bool acted(const PondInput& input, const PondInput& last)
 {
-    const bool pointerMoved = input.interactive != 0 && (input.pointerX != last.pointerX || input.pointerY != last.pointerY);
-    return pointerMoved || input.down != 0 || input.held != 0 || input.up != 0 || input.scrollX != 0 || input.scrollY != 0
-        || input.navigationX != 0 || input.navigationY != 0 || input.interactive != last.interactive || input.contentWidth != last.contentWidth;
+    const bool pointerMoved
+        = input.interactive != 0 && (input.pointerX != last.pointerX || input.pointerY != last.pointerY);
+    return pointerMoved || input.down != 0 || input.held != 0 || input.up != 0 || input.scrollX != 0
+        || input.scrollY != 0 || input.navigationX != 0 || input.navigationY != 0
+        || input.interactive != last.interactive || input.contentWidth != last.contentWidth;
 }
 
 } // namespace
@@ -66,7 +68,8 @@ void PondFrame::advance(double seconds, PondLayout::Size view)
         const double target = m_snapshot->topics[i].growthMoments;
         const double step = growthPace * elapsed;
         changing = changing || m_growth[i] != target;
-        m_growth[i] = m_growth[i] < target ? std::min(target, m_growth[i] + step) : std::max(target, m_growth[i] - step);
+        m_growth[i]
+            = m_growth[i] < target ? std::min(target, m_growth[i] + step) : std::max(target, m_growth[i] - step);
         const auto noticedAt = m_controller.noticedAt(i);
         changing = changing || (noticedAt && seconds - *noticedAt < feedbackSeconds);
     }
@@ -84,7 +87,8 @@ void PondFrame::sound(bool visible)
 {
     if (m_sound == nullptr)
         return;
-    const PondSound::Water water = visible && m_snapshot && m_snapshot->waterSoundEnabled ? PondSound::Water::on : PondSound::Water::off;
+    const PondSound::Water water
+        = visible && m_snapshot && m_snapshot->waterSoundEnabled ? PondSound::Water::on : PondSound::Water::off;
     if (water != m_water)
         m_sound->setWater(water);
     m_water = water;
@@ -99,7 +103,8 @@ void PondFrame::take(PondSnapshot snapshot)
     if (m_sound != nullptr && m_snapshot && snapshot.bellSoundEnabled) {
         const auto& before = m_snapshot->topics;
         const bool grew = std::any_of(snapshot.topics.begin(), snapshot.topics.end(), [&](const PondTopic& topic) {
-            const auto found = std::find_if(before.begin(), before.end(), [&](const PondTopic& old) { return old.id == topic.id; });
+            const auto found
+                = std::find_if(before.begin(), before.end(), [&](const PondTopic& old) { return old.id == topic.id; });
             return found != before.end() && topic.moments > found->moments;
         });
         if (grew)
@@ -115,7 +120,8 @@ void PondFrame::take(PondSnapshot snapshot)
         double shown = topic.growthMoments;
         if (m_snapshot) {
             const auto& before = m_snapshot->topics;
-            const auto found = std::find_if(before.begin(), before.end(), [&](const PondTopic& old) { return old.id == topic.id; });
+            const auto found
+                = std::find_if(before.begin(), before.end(), [&](const PondTopic& old) { return old.id == topic.id; });
             if (found != before.end())
                 shown = m_growth[static_cast<std::size_t>(found - before.begin())];
         }

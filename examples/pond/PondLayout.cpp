@@ -30,8 +30,7 @@ PondLayout::PondLayout(std::size_t count, Size view)
     m_slots.reserve(count);
     for (std::size_t i = 0; i < count; ++i) {
         const int row = static_cast<int>(i % 2);
-        const double height = count == 1 ? middle : row == 0 ? topRow
-                                                             : bottomRow;
+        const double height = count == 1 ? middle : row == 0 ? topRow : bottomRow;
         m_slots.push_back({left + static_cast<double>(i) * step * m_scale, view.height * height, row});
     }
 }

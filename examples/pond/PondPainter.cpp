@@ -147,7 +147,8 @@ void PondPainter::setSnapshot(const PondSnapshot& snapshot)
             // The first letter stands in for an icon that does not decode.
             const char* first = topic.title.c_str();
             const char* next = g_utf8_find_next_char(first, nullptr);
-            const std::string letter = topic.title.empty() || next == nullptr ? std::string("•") : std::string(first, next);
+            const std::string letter
+                = topic.title.empty() || next == nullptr ? std::string("•") : std::string(first, next);
             art.glyph = &cachedText(m_texts, texts, letter, glyphFont, iconSize * 2);
         }
         topics.push_back(std::move(art));
@@ -171,7 +172,8 @@ void PondPainter::ensurePlainButton()
         return;
     // A point of margin around it for the stroke's outer half.
     m_plainButtonWidth = text.width + 26;
-    m_plainButton.reset(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, devicePixels(m_plainButtonWidth + 2, m_deviceScale), devicePixels(buttonHeight + 2, m_deviceScale)));
+    m_plainButton.reset(cairo_image_surface_create(CAIRO_FORMAT_ARGB32,
+        devicePixels(m_plainButtonWidth + 2, m_deviceScale), devicePixels(buttonHeight + 2, m_deviceScale)));
     cairo_surface_set_device_scale(m_plainButton.get(), m_deviceScale, m_deviceScale);
     const Owned<cairo_t, cairo_destroy> cr(cairo_create(m_plainButton.get()));
     roundedRectangle(cr.get(), 1, 1, m_plainButtonWidth, buttonHeight);
@@ -181,10 +183,12 @@ void PondPainter::ensurePlainButton()
     cairo_set_line_width(cr.get(), 1);
     cairo_stroke(cr.get());
     setColor(cr.get(), gold, 0.8);
-    cairo_mask_surface(cr.get(), text.surface.get(), 1 + m_plainButtonWidth / 2 - text.width / 2, 1 + (buttonHeight - text.height) / 2);
+    cairo_mask_surface(cr.get(), text.surface.get(), 1 + m_plainButtonWidth / 2 - text.width / 2,
+        1 + (buttonHeight - text.height) / 2);
 }
 
-const PondPainter::TextMask& PondPainter::cachedText(TextCache& kept, TextCache& into, const std::string& text, const char* font, double maximumWidth) const
+const PondPainter::TextMask& PondPainter::cachedText(
+    TextCache& kept, TextCache& into, const std::string& text, const char* font, double maximumWidth) const
 {
     std::string key = std::string(font) + '\n' + std::to_string(maximumWidth) + '\n' + text;
     if (const auto found = into.find(key); found != into.end())
@@ -213,7 +217,8 @@ PondPainter::TextMask PondPainter::textMask(const std::string& text, const char*
     const Surface measuring(cairo_image_surface_create(CAIRO_FORMAT_A8, 1, 1));
     const Owned<cairo_t, cairo_destroy> measure(cairo_create(measuring.get()));
     const Owned<PangoLayout, g_object_unref> layout(pango_cairo_create_layout(measure.get()));
-    const Owned<PangoFontDescription, pango_font_description_free> description(pango_font_description_from_string(font));
+    const Owned<PangoFontDescription, pango_font_description_free> description(
+        pango_font_description_from_string(font));
     pango_layout_set_font_description(layout.get(), description.get());
     pango_layout_set_text(layout.get(), text.c_str(), -1);
     pango_layout_set_width(layout.get(), static_cast<int>(maximumWidth * PANGO_SCALE));
@@ -224,7 +229,8 @@ PondPainter::TextMask PondPainter::textMask(const std::string& text, const char*
     pango_layout_get_pixel_extents(layout.get(), &inked, &logical);
     mask.width = logical.width;
     mask.height = logical.height;
-    mask.surface.reset(cairo_image_surface_create(CAIRO_FORMAT_A8, devicePixels(mask.width + 2, m_deviceScale), devicePixels(mask.height + 2, m_deviceScale)));
+    mask.surface.reset(cairo_image_surface_create(
+        CAIRO_FORMAT_A8, devicePixels(mask.width + 2, m_deviceScale), devicePixels(mask.height + 2, m_deviceScale)));
     cairo_surface_set_device_scale(mask.surface.get(), m_deviceScale, m_deviceScale);
     const Owned<cairo_t, cairo_destroy> cr(cairo_create(mask.surface.get()));
     pango_cairo_update_layout(cr.get(), layout.get());
@@ -241,7 +247,8 @@ PondPainter::Surface PondPainter::iconSurface(const std::string& base64, double 
     const Owned<guchar, g_free> bytes(g_base64_decode(base64.c_str(), &length));
     const Owned<GdkPixbufLoader, g_object_unref> loader(gdk_pixbuf_loader_new());
     // A broken icon is not worth a word: the glyph takes its place.
-    if (!gdk_pixbuf_loader_write(loader.get(), bytes.get(), length, nullptr) || !gdk_pixbuf_loader_close(loader.get(), nullptr))
+    if (!gdk_pixbuf_loader_write(loader.get(), bytes.get(), length, nullptr)
+        || !gdk_pixbuf_loader_close(loader.get(), nullptr))
         return {};
     GdkPixbuf* decoded = gdk_pixbuf_loader_get_pixbuf(loader.get());
     if (decoded == nullptr)
@@ -277,7 +284,8 @@ PondPainter::Sprite PondPainter::sprite(PondColor color, double growth, double s
     drawn.anchorY = radius * 1.12 + 6;
     const double width = 2 * drawn.anchorX;
     const double height = drawn.anchorY + leafY + 10 * scale + 6;
-    drawn.surface.reset(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, devicePixels(width, m_deviceScale), devicePixels(height, m_deviceScale)));
+    drawn.surface.reset(cairo_image_surface_create(
+        CAIRO_FORMAT_ARGB32, devicePixels(width, m_deviceScale), devicePixels(height, m_deviceScale)));
     cairo_surface_set_device_scale(drawn.surface.get(), m_deviceScale, m_deviceScale);
     const Owned<cairo_t, cairo_destroy> owned(cairo_create(drawn.surface.get()));
     cairo_t* cr = owned.get();
@@ -295,7 +303,8 @@ PondPainter::Sprite PondPainter::sprite(PondColor color, double growth, double s
     cairo_arc(cr, 0, 0, 1, 0.42, 0.42 + tau - 0.3);
     cairo_close_path(cr);
     cairo_restore(cr);
-    const Owned<cairo_pattern_t, cairo_pattern_destroy> leaf(cairo_pattern_create_radial(-leafX * 0.2, 0, leafX * 0.1, 0, leafY * 0.25, leafX));
+    const Owned<cairo_pattern_t, cairo_pattern_destroy> leaf(
+        cairo_pattern_create_radial(-leafX * 0.2, 0, leafX * 0.1, 0, leafY * 0.25, leafX));
     addStop(leaf.get(), 0, leafLight);
     addStop(leaf.get(), 1, leafDeep);
     cairo_set_source(cr, leaf.get());
@@ -324,7 +333,8 @@ void PondPainter::ensureBackground(const PondLayout::Size& view)
     if (m_background && m_backgroundSize.width == view.width && m_backgroundSize.height == view.height)
         return;
     m_backgroundSize = view;
-    m_background.reset(cairo_image_surface_create(CAIRO_FORMAT_RGB24, devicePixels(view.width, m_deviceScale), devicePixels(view.height, m_deviceScale)));
+    m_background.reset(cairo_image_surface_create(
+        CAIRO_FORMAT_RGB24, devicePixels(view.width, m_deviceScale), devicePixels(view.height, m_deviceScale)));
     cairo_surface_set_device_scale(m_background.get(), m_deviceScale, m_deviceScale);
     const Owned<cairo_t, cairo_destroy> cr(cairo_create(m_background.get()));
     const Owned<cairo_pattern_t, cairo_pattern_destroy> depth(cairo_pattern_create_linear(0, 0, 0, view.height));
@@ -335,7 +345,8 @@ void PondPainter::ensureBackground(const PondLayout::Size& view)
     cairo_paint(cr.get());
     // Darker towards the banks, so the eye rests in the middle.
     const double reach = std::hypot(view.width, view.height) * 0.62;
-    const Owned<cairo_pattern_t, cairo_pattern_destroy> banks(cairo_pattern_create_radial(view.width / 2, view.height * 0.45, reach * 0.35, view.width / 2, view.height * 0.45, reach));
+    const Owned<cairo_pattern_t, cairo_pattern_destroy> banks(cairo_pattern_create_radial(
+        view.width / 2, view.height * 0.45, reach * 0.35, view.width / 2, view.height * 0.45, reach));
     cairo_pattern_add_color_stop_rgba(banks.get(), 0, 0, 0, 0, 0);
     cairo_pattern_add_color_stop_rgba(banks.get(), 1, 0, 0, 0, 0.35);
     cairo_set_source(cr.get(), banks.get());
@@ -347,7 +358,8 @@ void PondPainter::ensureBackground(const PondLayout::Size& view)
         Surface& light = m_light[patch];
         // Coverage only, painted in the paper colour: a quarter of the
         // memory to read each frame, and empty pixels are skipped.
-        light.reset(cairo_image_surface_create(CAIRO_FORMAT_A8, devicePixels(2 * radiusX, m_deviceScale), devicePixels(2 * radiusY, m_deviceScale)));
+        light.reset(cairo_image_surface_create(
+            CAIRO_FORMAT_A8, devicePixels(2 * radiusX, m_deviceScale), devicePixels(2 * radiusY, m_deviceScale)));
         cairo_surface_set_device_scale(light.get(), m_deviceScale, m_deviceScale);
         const Owned<cairo_t, cairo_destroy> glow(cairo_create(light.get()));
         const Owned<cairo_pattern_t, cairo_pattern_destroy> fade(cairo_pattern_create_radial(0, 0, 0, 0, 0, 1));
@@ -368,7 +380,8 @@ double PondPainter::aligned(double point) const
     return std::round(point * m_deviceScale) / m_deviceScale;
 }
 
-void PondPainter::paint(cairo_t* cr, const PondLayout& layout, const PondController& controller, std::span<const double> growth, double seconds)
+void PondPainter::paint(cairo_t* cr, const PondLayout& layout, const PondController& controller,
+    std::span<const double> growth, double seconds)
 {
     const double pan = controller.pan();
     ensureBackground(layout.view());
@@ -411,7 +424,8 @@ void PondPainter::paintWater(cairo_t* cr, const PondLayout& layout, double pan, 
         const GlintRow& glints = m_glints[row];
         const double depth = static_cast<double>(row) / static_cast<double>(glintRows - 1); // 0 far, 1 near
         const double speed = (5 + 3 * static_cast<double>(row % 3)) * (row % 2 == 0 ? 1 : -1);
-        double offset = std::fmod(seconds * speed - pan * (0.55 + 0.45 * depth) + static_cast<double>(row) * 53.0, glints.spacing);
+        double offset = std::fmod(
+            seconds * speed - pan * (0.55 + 0.45 * depth) + static_cast<double>(row) * 53.0, glints.spacing);
         if (offset < 0)
             offset += glints.spacing;
         // The strip starts one spacing left of the view.
@@ -423,7 +437,8 @@ void PondPainter::paintWater(cairo_t* cr, const PondLayout& layout, double pan, 
         // 0.013 x + 1.7 row).
         const double nearness = 0.4 + 0.6 * depth;
         const double phase = seconds * 0.9 + static_cast<double>(row) * 1.7;
-        const Owned<cairo_pattern_t, cairo_pattern_destroy> shimmer(cairo_pattern_create_linear(0, 0, shimmerWavelength, 0));
+        const Owned<cairo_pattern_t, cairo_pattern_destroy> shimmer(
+            cairo_pattern_create_linear(0, 0, shimmerWavelength, 0));
         for (int stop = 0; stop <= shimmerStops; ++stop) {
             const double along = static_cast<double>(stop) / shimmerStops;
             addStop(shimmer.get(), along, muted, 0.035 + 0.1 * nearness * (0.5 + 0.5 * std::sin(tau * along + phase)));
@@ -456,14 +471,17 @@ void PondPainter::ensureGlints(const PondLayout::Size& view)
         const double width = view.width + 2 * glints.spacing + 2 * glints.pad + 1;
         for (std::size_t quarter = 0; quarter < glints.masks.size(); ++quarter) {
             Surface& mask = glints.masks[quarter];
-            mask.reset(cairo_image_surface_create(CAIRO_FORMAT_A8, devicePixels(width, m_deviceScale), devicePixels(top + glints.pad, m_deviceScale)));
+            mask.reset(cairo_image_surface_create(
+                CAIRO_FORMAT_A8, devicePixels(width, m_deviceScale), devicePixels(top + glints.pad, m_deviceScale)));
             cairo_surface_set_device_scale(mask.get(), m_deviceScale, m_deviceScale);
             const Owned<cairo_t, cairo_destroy> cr(cairo_create(mask.get()));
             cairo_set_line_width(cr.get(), 1.1);
             cairo_set_line_cap(cr.get(), CAIRO_LINE_CAP_ROUND);
-            for (double x = glints.pad + static_cast<double>(quarter) / 4 / m_deviceScale; x < width; x += glints.spacing) {
+            for (double x = glints.pad + static_cast<double>(quarter) / 4 / m_deviceScale; x < width;
+                 x += glints.spacing) {
                 cairo_move_to(cr.get(), x, top);
-                cairo_curve_to(cr.get(), x + glints.length * 0.3, top - lift, x + glints.length * 0.7, top - lift, x + glints.length, top);
+                cairo_curve_to(cr.get(), x + glints.length * 0.3, top - lift, x + glints.length * 0.7, top - lift,
+                    x + glints.length, top);
             }
             cairo_stroke(cr.get());
         }
@@ -471,7 +489,8 @@ void PondPainter::ensureGlints(const PondLayout::Size& view)
     }
 }
 
-void PondPainter::paintLotus(cairo_t* cr, const PondLayout& layout, const PondController& controller, std::size_t index, double growth, double seconds)
+void PondPainter::paintLotus(cairo_t* cr, const PondLayout& layout, const PondController& controller, std::size_t index,
+    double growth, double seconds)
 {
     TopicArt& art = m_topics[index];
     // A quarter moment is finer than the eye follows while a lotus grows,
@@ -548,7 +567,8 @@ void PondPainter::paintLotus(cairo_t* cr, const PondLayout& layout, const PondCo
     paintButton(cr, controller, index, x, labelY + lineHeight + 7 * scale, seconds);
 }
 
-void PondPainter::paintButton(cairo_t* cr, const PondController& controller, std::size_t index, double x, double y, double seconds) const
+void PondPainter::paintButton(
+    cairo_t* cr, const PondController& controller, std::size_t index, double x, double y, double seconds) const
 {
     const auto noticedAt = controller.noticedAt(index);
     const double sinceSaved = noticedAt ? seconds - *noticedAt : savedSeconds;

@@ -41,7 +41,8 @@ public:
 
     // Paints the whole view at `seconds`. `growth` holds each lotus's size
     // in moments as currently shown (it eases towards the snapshot's).
-    void paint(cairo_t* cr, const PondLayout& layout, const PondController& controller, std::span<const double> growth, double seconds);
+    void paint(cairo_t* cr, const PondLayout& layout, const PondController& controller, std::span<const double> growth,
+        double seconds);
 
     [[nodiscard]] double deviceScale() const { return m_deviceScale; }
 
@@ -87,7 +88,8 @@ private:
 
     // The drawn text from `kept` when an earlier snapshot had it, else drawn
     // now; either way it ends up in `into`.
-    const TextMask& cachedText(TextCache& kept, TextCache& into, const std::string& text, const char* font, double maximumWidth) const;
+    const TextMask& cachedText(
+        TextCache& kept, TextCache& into, const std::string& text, const char* font, double maximumWidth) const;
     cairo_surface_t* cachedIcon(IconCache& kept, IconCache& into, const std::string& base64) const;
     [[nodiscard]] TextMask textMask(const std::string& text, const char* font, double maximumWidth) const;
     [[nodiscard]] Surface iconSurface(const std::string& base64, double size) const;
@@ -97,8 +99,10 @@ private:
     // is copied, not resampled, which costs a fraction.
     [[nodiscard]] double aligned(double point) const;
     void paintWater(cairo_t* cr, const PondLayout& layout, double pan, double seconds);
-    void paintLotus(cairo_t* cr, const PondLayout& layout, const PondController& controller, std::size_t index, double growth, double seconds);
-    void paintButton(cairo_t* cr, const PondController& controller, std::size_t index, double x, double y, double seconds) const;
+    void paintLotus(cairo_t* cr, const PondLayout& layout, const PondController& controller, std::size_t index,
+        double growth, double seconds);
+    void paintButton(
+        cairo_t* cr, const PondController& controller, std::size_t index, double x, double y, double seconds) const;
     // The button as most lotuses show it, neither lit nor pressed nor
     // saved, drawn once for the label.
     void ensurePlainButton();

@@ -34,8 +34,10 @@ const json& member(const json& object, const char* key, json::value_t type, cons
     const bool matches = found != object.end()
         && (found->type() == type || (type == json::value_t::number_integer && found->is_number()));
     if (!matches)
-        throw PondSnapshotError(std::string(what) + " has no " + (type == json::value_t::string ? "text" : type == json::value_t::array ? "list"
-                                                                                                                                        : "number")
+        throw PondSnapshotError(std::string(what) + " has no "
+            + (type == json::value_t::string       ? "text"
+                    : type == json::value_t::array ? "list"
+                                                   : "number")
             + " \"" + key + "\"");
     return *found;
 }
@@ -128,7 +130,11 @@ public:
             m_key = std::move(value);
         return true;
     }
-    bool parse_error(std::size_t /*position*/, const std::string& /*token*/, const nlohmann::detail::exception& /*error*/) override { return false; }
+    bool parse_error(
+        std::size_t /*position*/, const std::string& /*token*/, const nlohmann::detail::exception& /*error*/) override
+    {
+        return false;
+    }
 
 private:
     bool number(double value)

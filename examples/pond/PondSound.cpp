@@ -212,9 +212,11 @@ void PondSound::run()
 {
     const pa_sample_spec spec{PA_SAMPLE_FLOAT32LE, rate, 1};
     constexpr std::uint32_t frameBytes = sizeof(float);
-    const pa_buffer_attr attributes{static_cast<std::uint32_t>(-1), queuedFrames * frameBytes, static_cast<std::uint32_t>(-1), blockFrames * frameBytes, static_cast<std::uint32_t>(-1)};
+    const pa_buffer_attr attributes{static_cast<std::uint32_t>(-1), queuedFrames * frameBytes,
+        static_cast<std::uint32_t>(-1), blockFrames * frameBytes, static_cast<std::uint32_t>(-1)};
     int error = 0;
-    pa_simple* stream = pa_simple_new(nullptr, m_client.c_str(), PA_STREAM_PLAYBACK, nullptr, "Water and bell", &spec, nullptr, &attributes, &error);
+    pa_simple* stream = pa_simple_new(
+        nullptr, m_client.c_str(), PA_STREAM_PLAYBACK, nullptr, "Water and bell", &spec, nullptr, &attributes, &error);
     if (stream == nullptr) {
         const std::scoped_lock lock(m_mutex);
         if (!m_warned)

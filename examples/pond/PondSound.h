@@ -20,8 +20,7 @@ namespace pond {
 // Any thread may call; the calls never wait for the sound server.
 class PondSound {
 public:
-    enum class Water : int { off = 0,
-        on = 1 };
+    enum class Water : int { off = 0, on = 1 };
 
     // `client` is the name the sound server shows for the stream.
     explicit PondSound(std::string client = "Pond");

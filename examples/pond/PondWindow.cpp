@@ -152,10 +152,12 @@ void PondWindow::prime()
     int height = gtk_widget_get_allocated_height(m_area);
     if (width <= 1 || height <= 1)
         gtk_window_get_size(GTK_WINDOW(m_window), &width, &height);
-    const Owned<cairo_surface_t, cairo_surface_destroy> surface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width * scale, height * scale));
+    const Owned<cairo_surface_t, cairo_surface_destroy> surface(
+        cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width * scale, height * scale));
     cairo_surface_set_device_scale(surface.get(), scale, scale);
     const Owned<cairo_t, cairo_destroy> cr(cairo_create(surface.get()));
-    m_frame->advance(static_cast<double>(g_get_monotonic_time()) / 1e6, {static_cast<double>(width), static_cast<double>(height)});
+    m_frame->advance(
+        static_cast<double>(g_get_monotonic_time()) / 1e6, {static_cast<double>(width), static_cast<double>(height)});
     if (m_frame->snapshot())
         m_frame->paint(cr.get());
 }
@@ -254,7 +256,9 @@ void PondWindow::step(gint64 frameTime)
 {
     m_frame->setDeviceScale(gtk_widget_get_scale_factor(m_area));
     const auto start = Clock::now();
-    m_frame->advance(static_cast<double>(frameTime) / 1e6, {static_cast<double>(gtk_widget_get_allocated_width(m_area)), static_cast<double>(gtk_widget_get_allocated_height(m_area))});
+    m_frame->advance(static_cast<double>(frameTime) / 1e6,
+        {static_cast<double>(gtk_widget_get_allocated_width(m_area)),
+            static_cast<double>(gtk_widget_get_allocated_height(m_area))});
     m_tickWork = Clock::now() - start;
     m_tickPoll = m_frame->lastPoll();
     // A run that counts frames or waits for one to screenshot keeps the
@@ -286,7 +290,9 @@ void PondWindow::finish(int status)
 void PondWindow::takeScreenshot()
 {
     GdkWindow* window = gtk_widget_get_window(m_window);
-    GdkPixbuf* pixbuf = window == nullptr ? nullptr : gdk_pixbuf_get_from_window(window, 0, 0, gdk_window_get_width(window), gdk_window_get_height(window));
+    GdkPixbuf* pixbuf = window == nullptr
+        ? nullptr
+        : gdk_pixbuf_get_from_window(window, 0, 0, gdk_window_get_width(window), gdk_window_get_height(window));
     if (pixbuf == nullptr) {
         std::fprintf(stderr, "pond: the window could not be read for a screenshot\n");
         m_status = 1;
@@ -304,9 +310,12 @@ void PondWindow::takeScreenshot()
 void PondWindow::printStatistics() const
 {
     const double refresh = static_cast<double>(m_refreshInterval > 0 ? m_refreshInterval : assumedRefresh) / 1000;
-    std::printf("pond: %zu frames at the display's pace (a frame every %.3f ms): %zu dropped\n", m_frames, refresh, m_dropped);
-    std::printf("  work per frame (poll + paint): median %.3f ms, 99th percentile %.3f ms, max %.3f ms\n", m_work.percentile(0.5), m_work.percentile(0.99), m_work.maximum());
-    std::printf("  polling the library: %.1f %% of that work\n", m_work.total() > 0 ? 100 * m_polls.total() / m_work.total() : 0.0);
+    std::printf(
+        "pond: %zu frames at the display's pace (a frame every %.3f ms): %zu dropped\n", m_frames, refresh, m_dropped);
+    std::printf("  work per frame (poll + paint): median %.3f ms, 99th percentile %.3f ms, max %.3f ms\n",
+        m_work.percentile(0.5), m_work.percentile(0.99), m_work.maximum());
+    std::printf("  polling the library: %.1f %% of that work\n",
+        m_work.total() > 0 ? 100 * m_polls.total() / m_work.total() : 0.0);
     std::fflush(stdout);
 }
 

@@ -58,9 +58,7 @@ public:
 
 private:
     // How often the pond is moved on and drawn.
-    enum class Pace : int { frames = 0,
-        calm = 1,
-        resting = 2 };
+    enum class Pace : int { frames = 0, calm = 1, resting = 2 };
 
     static gboolean onTick(GtkWidget* widget, GdkFrameClock* clock, gpointer self) noexcept;
     static gboolean onDraw(GtkWidget* widget, cairo_t* cr, gpointer self) noexcept;

@@ -31,9 +31,10 @@ namespace {
 // the icon of that name.
 constexpr const char* applicationID = "app.velmora.mac";
 
-constexpr const char* usage = "usage: pond [--library PATH] [--screenshot FILE [--after N]] [--frames N]\n"
-                              "       pond [--library PATH] --benchmark [--frames N] [--size WIDTHxHEIGHT] [--scale N]\n"
-                              "       pond --seed-demo DATA_HOME\n";
+constexpr const char* usage
+    = "usage: pond [--library PATH] [--screenshot FILE [--after N]] [--frames N]\n"
+      "       pond [--library PATH] --benchmark [--frames N] [--size WIDTHxHEIGHT] [--scale N]\n"
+      "       pond --seed-demo DATA_HOME\n";
 
 struct Arguments {
     std::string library;

@@ -18,13 +18,13 @@ namespace velmora::test {
 inline Instant utc(int year, unsigned month, unsigned day, int hour = 0, int minute = 0, int second = 0)
 {
     using namespace std::chrono;
-    return time_point_cast<milliseconds>(sys_days(std::chrono::year(year) / std::chrono::month(month) / std::chrono::day(day))
-        + hours(hour) + minutes(minute) + seconds(second));
+    return time_point_cast<milliseconds>(
+        sys_days(std::chrono::year(year) / std::chrono::month(month) / std::chrono::day(day)) + hours(hour)
+        + minutes(minute) + seconds(second));
 }
 
 // Runs `body` and checks it throws exactly the PracticeError `kind`.
-template <typename Body>
-void expectPracticeError(Body&& body, PracticeError::Kind kind)
+template <typename Body> void expectPracticeError(Body&& body, PracticeError::Kind kind)
 {
     try {
         body();

@@ -24,11 +24,13 @@ struct Expected {
 TEST(PracticeStateConcurrency, DayKeysFromManyThreadsInDifferentZones_AgreeWithOneThread)
 {
     std::vector<Expected> expected;
-    for (const char* zone : {"UTC", "Europe/Helsinki", "America/Los_Angeles", "America/Sao_Paulo", "Pacific/Apia", "Asia/Kolkata"}) {
+    for (const char* zone :
+        {"UTC", "Europe/Helsinki", "America/Los_Angeles", "America/Sao_Paulo", "Pacific/Apia", "Asia/Kolkata"}) {
         const UserCalendar calendar = UserCalendar::inTimeZone(zone);
         for (int hour = 0; hour < 48; hour += 5) {
             const Instant instant = utc(2018, 11, 3, hour);
-            expected.push_back({calendar, instant, PracticeState::dayKey(instant, calendar), PracticeState::weekKey(instant, calendar)});
+            expected.push_back({calendar, instant, PracticeState::dayKey(instant, calendar),
+                PracticeState::weekKey(instant, calendar)});
         }
     }
 
@@ -39,12 +41,14 @@ TEST(PracticeStateConcurrency, DayKeysFromManyThreadsInDifferentZones_AgreeWithO
     for (std::size_t thread = 0; thread < mismatches.size(); ++thread) {
         threads.emplace_back([&, thread] {
             for (int round = 0; round < 50; ++round) {
-                for (std::size_t i = (thread + static_cast<std::size_t>(round)) % expected.size(), n = 0; n < expected.size(); ++n, i = (i + 1) % expected.size()) {
+                for (std::size_t i = (thread + static_cast<std::size_t>(round)) % expected.size(), n = 0;
+                     n < expected.size(); ++n, i = (i + 1) % expected.size()) {
                     const Expected& e = expected[i];
                     mismatches[thread] += PracticeState::dayKey(e.instant, e.calendar) != e.dayKey ? 1 : 0;
                     mismatches[thread] += PracticeState::weekKey(e.instant, e.calendar) != e.weekKey ? 1 : 0;
                     mismatches[thread] += PracticeState::parseDay(e.dayKey).has_value() ? 0 : 1;
-                    mismatches[thread] += state.notice("phone", e.instant, e.calendar).lotuses.at("phone").lastDay != e.dayKey ? 1 : 0;
+                    mismatches[thread]
+                        += state.notice("phone", e.instant, e.calendar).lotuses.at("phone").lastDay != e.dayKey ? 1 : 0;
                 }
             }
         });

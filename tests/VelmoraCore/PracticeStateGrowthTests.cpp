@@ -93,11 +93,13 @@ TEST(PracticeStateGrowth, Notice_GrowsByOneAndFoldsInTheDecaySinceTheLastNoticin
 TEST(PracticeStateGrowth, Notice_KeepsAFullLotusFullAndRefusesToOverflowTheMomentCounter)
 {
     const PracticeState fullGrown = withLotus(LotusProgress(40, "2025-03-01", 14));
-    EXPECT_EQ(fullGrown.notice("phone", utc(2025, 3, 2), UserCalendar::utc()).lotuses.at("phone"), (LotusProgress(41, "2025-03-02", 14)));
+    EXPECT_EQ(fullGrown.notice("phone", utc(2025, 3, 2), UserCalendar::utc()).lotuses.at("phone"),
+        (LotusProgress(41, "2025-03-02", 14)));
 
     constexpr std::int64_t largest = std::numeric_limits<std::int64_t>::max();
     const PracticeState full = withLotus(LotusProgress(largest, "2025-01-01", 14));
-    expectPracticeError([&] { (void)full.notice("phone", utc(2025, 1, 2), UserCalendar::utc()); }, PracticeError::invalidData);
+    expectPracticeError(
+        [&] { (void)full.notice("phone", utc(2025, 1, 2), UserCalendar::utc()); }, PracticeError::invalidData);
 
     const PracticeState almost = withLotus(LotusProgress(largest - 1));
     EXPECT_EQ(almost.notice("phone", utc(2025, 1, 2), UserCalendar::utc()).lotuses.at("phone").moments, largest);

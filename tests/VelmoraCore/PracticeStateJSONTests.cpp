@@ -18,9 +18,10 @@ namespace {
 
 using nlohmann::json;
 
-constexpr std::string_view defaultDocument = R"({"version":1,"onboarded":false,"selected":[],"lotuses":{},"practiceDays":[],)"
-                                             R"("language":"system","hintSeen":false,"reminderEnabled":false,"reminderHour":20,)"
-                                             R"("reminderMinute":0,"waterSoundEnabled":true,"bellSoundEnabled":true})";
+constexpr std::string_view defaultDocument
+    = R"({"version":1,"onboarded":false,"selected":[],"lotuses":{},"practiceDays":[],)"
+      R"("language":"system","hintSeen":false,"reminderEnabled":false,"reminderHour":20,)"
+      R"("reminderMinute":0,"waterSoundEnabled":true,"bellSoundEnabled":true})";
 
 PracticeState exampleState()
 {
@@ -89,21 +90,31 @@ TEST(PracticeStateJSON, Encode_WritesTheSameBytesAsTheLibrarysTree)
                 s.version = std::numeric_limits<std::int64_t>::min();
                 s.reminderHour = std::numeric_limits<std::int64_t>::max();
                 s.reminderMinute = -1;
-                s.lotuses["phone"] = LotusProgress(std::numeric_limits<std::int64_t>::min(), std::nullopt, std::numeric_limits<std::int64_t>::max());
+                s.lotuses["phone"] = LotusProgress(
+                    std::numeric_limits<std::int64_t>::min(), std::nullopt, std::numeric_limits<std::int64_t>::max());
             }},
         {"lotus with only moments", [](PracticeState& s) { s.lotuses["phone"] = LotusProgress(0); }},
-        {"lotus with growth, no last day", [](PracticeState& s) { s.lotuses["phone"] = LotusProgress(3, std::nullopt, 2); }},
-        {"lotus with last day, no growth", [](PracticeState& s) { s.lotuses["phone"] = LotusProgress(3, "2025-03-14"); }},
+        {"lotus with growth, no last day",
+            [](PracticeState& s) { s.lotuses["phone"] = LotusProgress(3, std::nullopt, 2); }},
+        {"lotus with last day, no growth",
+            [](PracticeState& s) { s.lotuses["phone"] = LotusProgress(3, "2025-03-14"); }},
         {"wilt week seen", [](PracticeState& s) { s.wiltWeekSeen = "2025-03-10"; }},
         {"every flag flipped",
             [](PracticeState& s) {
                 s.onboarded = s.hintSeen = s.reminderEnabled = true;
                 s.waterSoundEnabled = s.bellSoundEnabled = false;
             }},
-        {"non-ASCII", [](PracticeState& s) { s.language = "日本語 café"; s.selected = {"ñandú", "😀"}; }},
+        {"non-ASCII",
+            [](PracticeState& s) {
+                s.language = "日本語 café";
+                s.selected = {"ñandú", "😀"};
+            }},
         {"quote and backslash", [](PracticeState& s) { s.lotuses[R"(a"b\c)"] = LotusProgress(1, R"(\")"); }},
         {"slash is not escaped", [](PracticeState& s) { s.wiltWeekSeen = "2025/03/10"; }},
-        {"control characters", [](PracticeState& s) { s.practiceDays = {"tab\there", "\n", std::string("nul\0", 4), "\x01\x1f", "del\x7f"}; }},
+        {"control characters",
+            [](PracticeState& s) {
+                s.practiceDays = {"tab\there", "\n", std::string("nul\0", 4), "\x01\x1f", "del\x7f"};
+            }},
         {"every plain character",
             [](PracticeState& s) {
                 std::string all;
@@ -130,7 +141,10 @@ TEST(PracticeStateJSON, Encode_WritesTheSameBytesAsTheLibrarysTree)
 
     // Invalid UTF-8 anywhere fails as the tree's dump() did.
     const EncodingCase invalid[] = {
-        {"in a practice day", [](PracticeState& s) { s.practiceDays = {"2025-03-14", "\xff"}; }},
+        {"in a practice day",
+            [](PracticeState& s) {
+                s.practiceDays = {"2025-03-14", "\xff"};
+            }},
         {"in a topic key", [](PracticeState& s) { s.lotuses["ph\xc3one"] = LotusProgress(1); }},
         {"in a last day", [](PracticeState& s) { s.lotuses["phone"] = LotusProgress(1, "\xe2\x82"); }},
         {"in the language", [](PracticeState& s) { s.language = "\xc0\xaf"; }},

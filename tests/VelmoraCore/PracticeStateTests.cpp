@@ -36,20 +36,42 @@ std::vector<ValidationCase> validationCases()
 {
     return {
         {"Version2", [](PracticeState& s) { s.version = 2; }, false},
-        {"SelectedKnownTopics", [](PracticeState& s) { s.selected = {"phone", "craving"}; }, true},
-        {"SelectedUnknownTopic", [](PracticeState& s) { s.selected = {"phone", "coffee"}; }, false},
+        {"SelectedKnownTopics",
+            [](PracticeState& s) {
+                s.selected = {"phone", "craving"};
+            },
+            true},
+        {"SelectedUnknownTopic",
+            [](PracticeState& s) {
+                s.selected = {"phone", "coffee"};
+            },
+            false},
         {"LotusForUnselectedKnownTopic", [](PracticeState& s) { s.lotuses["money"] = LotusProgress(3); }, true},
         {"LotusForUnknownTopic", [](PracticeState& s) { s.lotuses["coffee"] = LotusProgress(3); }, false},
-        {"OnboardedWithSelection", [](PracticeState& s) { s.onboarded = true; s.selected = {"phone"}; }, true},
+        {"OnboardedWithSelection",
+            [](PracticeState& s) {
+                s.onboarded = true;
+                s.selected = {"phone"};
+            },
+            true},
         {"OnboardedWithoutSelection", [](PracticeState& s) { s.onboarded = true; }, false},
         {"LanguagePali", [](PracticeState& s) { s.language = "pi"; }, true},
         {"LanguageGerman", [](PracticeState& s) { s.language = "de"; }, false},
         {"LanguageRegion", [](PracticeState& s) { s.language = "pt-BR"; }, false},
-        {"ReminderLatestTime", [](PracticeState& s) { s.reminderHour = 23; s.reminderMinute = 59; }, true},
+        {"ReminderLatestTime",
+            [](PracticeState& s) {
+                s.reminderHour = 23;
+                s.reminderMinute = 59;
+            },
+            true},
         {"ReminderHour24", [](PracticeState& s) { s.reminderHour = 24; }, false},
         {"ReminderHourNegative", [](PracticeState& s) { s.reminderHour = -1; }, false},
         {"ReminderMinute60", [](PracticeState& s) { s.reminderMinute = 60; }, false},
-        {"PracticeDayOneBadAmongGood", [](PracticeState& s) { s.practiceDays = {"2024-02-03", "2024-02-04", "yesterday"}; }, false},
+        {"PracticeDayOneBadAmongGood",
+            [](PracticeState& s) {
+                s.practiceDays = {"2024-02-03", "2024-02-04", "yesterday"};
+            },
+            false},
         {"WiltWeekSeenDay", [](PracticeState& s) { s.wiltWeekSeen = "2025-03-10"; }, true},
         {"WiltWeekSeenGarbage", [](PracticeState& s) { s.wiltWeekSeen = "week 11"; }, false},
         {"GrowthFull", [](PracticeState& s) { s.lotuses["phone"] = LotusProgress(1, std::nullopt, 14); }, true},
@@ -84,7 +106,8 @@ TEST(PracticeState, ResolvedLanguage_FollowsStoredCodeThenPreferredPrimaryCodesT
     };
     for (const LanguageCase& c : cases)
         EXPECT_EQ(PracticeState::resolvedLanguage(c.stored, c.preferred), c.expected)
-            << "stored \"" << c.stored << "\", first preferred \"" << (c.preferred.empty() ? "" : c.preferred.front()) << '"';
+            << "stored \"" << c.stored << "\", first preferred \"" << (c.preferred.empty() ? "" : c.preferred.front())
+            << '"';
 }
 
 } // namespace

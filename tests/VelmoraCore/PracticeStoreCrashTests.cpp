@@ -31,7 +31,9 @@ constexpr int killCount = 120;
         PracticeStore store(url);
         store.load();
         for (;;) {
-            const PracticeState saved = *store.update([](const PracticeState& state) { return state.notice("phone", utc(2025, 3, 14), UserCalendar::utc()); });
+            const PracticeState saved = *store.update([](const PracticeState& state) {
+                return state.notice("phone", utc(2025, 3, 14), UserCalendar::utc());
+            });
             const std::int64_t moments = saved.lotuses.at("phone").moments;
             if (::write(acknowledgements, &moments, sizeof moments) != sizeof moments)
                 ::_exit(3);
@@ -63,7 +65,10 @@ TEST(PracticeStoreCrash, WriterKilledAtRandomMoments_LeavesTheLastOrTheNextState
     {
         PracticeStore store(url);
         store.load();
-        store.update([](PracticeState state) { state.selected = {"phone"}; return state; });
+        store.update([](PracticeState state) {
+            state.selected = {"phone"};
+            return state;
+        });
     }
 
     std::mt19937 random(20251122);

@@ -132,11 +132,24 @@ TEST_F(PracticeStoreTest, FailingOrInvalidChange_PassesItsErrorOnAndChangesNothi
     const std::string saved = saveFirstState(store);
     const std::shared_ptr<const PracticeState> held = store.state();
 
-    expectPracticeError([&] { store.update([](const PracticeState& state) { return state.notice("money", utc(2025, 1, 1), UserCalendar::utc()); }); }, PracticeError::notSelected);
-    EXPECT_THROW(store.update([](const PracticeState&) -> PracticeState { throw std::runtime_error("change failed"); }), std::runtime_error);
+    expectPracticeError(
+        [&] {
+            store.update(
+                [](const PracticeState& state) { return state.notice("money", utc(2025, 1, 1), UserCalendar::utc()); });
+        },
+        PracticeError::notSelected);
+    EXPECT_THROW(store.update([](const PracticeState&) -> PracticeState { throw std::runtime_error("change failed"); }),
+        std::runtime_error);
     // A change that breaks a rule is refused before it replaces anything,
     // and its temporary goes.
-    expectPracticeError([&] { store.update([](PracticeState state) { state.reminderHour = 25; return state; }); }, PracticeError::invalidData);
+    expectPracticeError(
+        [&] {
+            store.update([](PracticeState state) {
+                state.reminderHour = 25;
+                return state;
+            });
+        },
+        PracticeError::invalidData);
 
     EXPECT_EQ(store.state(), held);
     EXPECT_EQ(fileBytes(url()), saved);
@@ -182,7 +195,10 @@ TEST_P(PracticeStoreWriteFault, LeavesStateFileAndFolderAsTheyWere)
 
     calls.failAt(GetParam().step, GetParam().error);
     try {
-        store.update([](PracticeState state) { state.reminderEnabled = true; return state; });
+        store.update([](PracticeState state) {
+            state.reminderEnabled = true;
+            return state;
+        });
         FAIL() << "the update succeeded";
     } catch (const fs::filesystem_error& error) {
         EXPECT_EQ(error.code().value(), GetParam().error) << error.what();
@@ -193,8 +209,7 @@ TEST_P(PracticeStoreWriteFault, LeavesStateFileAndFolderAsTheyWere)
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryStep, PracticeStoreWriteFault,
-    testing::Values(
-        WriteFault{"CreateTemporaryDenied", FaultyFileSystemCalls::Step::createUniqueFile, EACCES},
+    testing::Values(WriteFault{"CreateTemporaryDenied", FaultyFileSystemCalls::Step::createUniqueFile, EACCES},
         WriteFault{"WriteDiskFull", FaultyFileSystemCalls::Step::write, ENOSPC},
         WriteFault{"ShortWriteThenDiskFull", FaultyFileSystemCalls::Step::shortWriteThenWrite, ENOSPC},
         WriteFault{"FsyncIOError", FaultyFileSystemCalls::Step::fsyncFile, EIO},
@@ -209,7 +224,10 @@ TEST_F(PracticeStoreTest, FolderFlushFailure_IsIgnoredBecauseTheNewFileIsInPlace
         PracticeStore store(url(), calls);
         store.load();
         calls.failAt(step, EINVAL);
-        const PracticeState saved = *store.update([](PracticeState state) { state.bellSoundEnabled = !state.bellSoundEnabled; return state; });
+        const PracticeState saved = *store.update([](PracticeState state) {
+            state.bellSoundEnabled = !state.bellSoundEnabled;
+            return state;
+        });
         EXPECT_EQ(*store.state(), saved);
         EXPECT_EQ(fileBytes(url()), saved.toJSON());
     }
@@ -224,16 +242,21 @@ TEST_F(PracticeStoreTest, Write_FlushesTheFileBeforeTheRenameAndTheFolderAfterIt
         store.load();
         calls.interruptNextWrite();
         store.update(selectPhone);
-        saved = *store.update([](PracticeState state) { state.bellSoundEnabled = !state.bellSoundEnabled; return state; });
+        saved = *store.update([](PracticeState state) {
+            state.bellSoundEnabled = !state.bellSoundEnabled;
+            return state;
+        });
     }
     EXPECT_EQ(fileBytes(url()), saved.toJSON()) << "an interrupted write is resumed";
     std::vector<std::string> steps = calls.steps();
     steps.erase(steps.begin(), std::find(steps.begin(), steps.end(), "create"));
-    EXPECT_EQ(steps, (std::vector<std::string>{
-                         "create", "write", "write", "fsync", "close", "rename", "open folder", "fsync folder", "close folder",
-                         "create", // the second write's, made once the first is in place
-                         "write", "fsync", "close", "rename", "open folder", "fsync folder", "close folder", "create", "close", // the third's, removed with the store
-                     }));
+    EXPECT_EQ(steps,
+        (std::vector<std::string>{
+            "create", "write", "write", "fsync", "close", "rename", "open folder", "fsync folder", "close folder",
+            "create", // the second write's, made once the first is in place
+            "write", "fsync", "close", "rename", "open folder", "fsync folder", "close folder", "create",
+            "close", // the third's, removed with the store
+        }));
 }
 
 // What a hostile or careless hand may leave at the state file's place. None
@@ -252,7 +275,9 @@ TEST_F(PracticeStoreTest, Load_RefusesAnythingButARegularFileWithinTheLimit)
         const std::string path = url().string();
         ASSERT_LT(path.size(), sizeof(address.sun_path));
         std::copy(path.begin(), path.end(), address.sun_path);
-        ASSERT_EQ(::bind(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0); // NOLINT(cppcoreguidelines-pro-type-reinterpret-cast): the socket API's own type pun
+        // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): the socket API's own type pun
+        const auto* socketAddress = reinterpret_cast<const sockaddr*>(&address);
+        ASSERT_EQ(::bind(descriptor, socketAddress, sizeof(address)), 0);
         ::close(descriptor);
     };
     // Sparse, so the test costs no disk: only its size is ever looked at.
@@ -268,7 +293,8 @@ TEST_F(PracticeStoreTest, Load_RefusesAnythingButARegularFileWithinTheLimit)
     };
     const Case cases[] = {
         {"FIFO without a writer", fifo, make_error_code(FileError::notRegularFile), fs::file_type::fifo},
-        {"link to an endless device", endlessDevice, make_error_code(FileError::notRegularFile), fs::file_type::character},
+        {"link to an endless device", endlessDevice, make_error_code(FileError::notRegularFile),
+            fs::file_type::character},
         {"folder", folder, make_error_code(FileError::notRegularFile), fs::file_type::directory},
         {"socket", socket, std::make_error_code(std::errc::no_such_device_or_address), fs::file_type::socket},
         {"file over the limit", tooLarge, std::make_error_code(std::errc::file_too_large), fs::file_type::regular},
@@ -309,7 +335,8 @@ TEST_F(PracticeStoreTest, Update_RefusesAStateWhoseFileCouldNotBeLoadedAgain)
         std::array<char, 48> key{};
         for (int year = 1600; state.toJSON().size() <= PracticeStore::sizeLimit; year += 50) {
             for (int day = 0; day < 50 * 12 * 28; ++day) {
-                (void)std::snprintf(key.data(), key.size(), "%04d-%02d-%02d", year + day / (12 * 28), (day / 28) % 12 + 1, day % 28 + 1);
+                (void)std::snprintf(key.data(), key.size(), "%04d-%02d-%02d", year + day / (12 * 28),
+                    (day / 28) % 12 + 1, day % 28 + 1);
                 state.practiceDays.insert(key.data());
             }
         }
@@ -349,7 +376,8 @@ TEST_F(PracticeStoreTest, Update_MakesTheFolderOnTheFirstWriteAndWhenItHasGoneNo
     // The user removes the folder while the library runs, maybe while the
     // next write's temporary is being made in it.
     std::error_code removal;
-    for (const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10); fs::exists(url().parent_path()) && std::chrono::steady_clock::now() < deadline;)
+    for (const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+         fs::exists(url().parent_path()) && std::chrono::steady_clock::now() < deadline;)
         fs::remove_all(url().parent_path(), removal);
     ASSERT_FALSE(fs::exists(url().parent_path())) << removal.message();
     const PracticeState saved = *store.update(toggleBell);
@@ -372,18 +400,38 @@ TEST_F(PracticeStoreTest, Update_PreparesFromTheNewStateBesideTheWriteAndOnlyFor
         preparedFrom = upcoming;
     };
 
-    const PracticeState saved = *store.update([](PracticeState state) { state.selected = {"phone"}; return state; }, prepare);
+    const PracticeState saved = *store.update(
+        [](PracticeState state) {
+            state.selected = {"phone"};
+            return state;
+        },
+        prepare);
     EXPECT_EQ(preparedFrom, saved);
     EXPECT_NE(preparedOn, std::this_thread::get_id());
 
     preparedFrom.reset();
-    expectPracticeError([&] { store.update([](PracticeState state) { state.reminderMinute = 60; return state; }, prepare); }, PracticeError::invalidData);
+    expectPracticeError(
+        [&] {
+            store.update(
+                [](PracticeState state) {
+                    state.reminderMinute = 60;
+                    return state;
+                },
+                prepare);
+        },
+        PracticeError::invalidData);
     EXPECT_FALSE(preparedFrom) << "prepared for a state that is never stored";
 
     // A write that fails after the preparation began: the store and the
     // file keep the old state, and the preparation is over all the same.
     calls.failAt(FaultyFileSystemCalls::Step::fsyncFile, EIO);
-    EXPECT_THROW(store.update([](PracticeState state) { state.hintSeen = true; return state; }, prepare), fs::filesystem_error);
+    EXPECT_THROW(store.update(
+                     [](PracticeState state) {
+                         state.hintSeen = true;
+                         return state;
+                     },
+                     prepare),
+        fs::filesystem_error);
     EXPECT_EQ(*store.state(), saved);
     EXPECT_EQ(fileBytes(url()), saved.toJSON());
     ASSERT_TRUE(preparedFrom);

@@ -29,7 +29,8 @@ Inputs baseline()
     state.reminderEnabled = true;
     state.reminderHour = 20;
     state.reminderMinute = 0;
-    return {state, utc(2025, 3, 14, 7), UserCalendar::inTimeZone("Europe/Berlin"), Authorization::authorized, "Notice gently."};
+    return {state, utc(2025, 3, 14, 7), UserCalendar::inTimeZone("Europe/Berlin"), Authorization::authorized,
+        "Notice gently."};
 }
 
 ReminderDecision evaluate(ReminderPolicy& policy, const Inputs& in)
@@ -64,17 +65,20 @@ TEST(ReminderPolicy, Reevaluation_HandsOutDatesOnlyWhenWhatWouldBePostedChanged)
         {"noticed beyond the week looked at", [](Inputs& in) { in.state.practiceDays.insert("2025-03-22"); }, false},
         {"another body", [](Inputs& in) { in.body = "Remarque doucement."; }, true},
         {"an empty body", [](Inputs& in) { in.body.clear(); }, true},
-        {"another zone with the same instants", [](Inputs& in) { in.calendar = UserCalendar::inTimeZone("Europe/Paris"); }, true},
-        {"another zone with other instants", [](Inputs& in) { in.calendar = UserCalendar::inTimeZone("Asia/Tokyo"); }, true},
+        {"another zone with the same instants",
+            [](Inputs& in) { in.calendar = UserCalendar::inTimeZone("Europe/Paris"); }, true},
+        {"another zone with other instants", [](Inputs& in) { in.calendar = UserCalendar::inTimeZone("Asia/Tokyo"); },
+            true},
         {"authorization withdrawn", [](Inputs& in) { in.authorization = Authorization::notAuthorized; }, true},
-        {"settings that do not reach a notification", [](Inputs& in) {
-             in.state.language = "fr";
-             in.state.waterSoundEnabled = false;
-             in.state.bellSoundEnabled = false;
-             in.state.onboarded = true;
-             in.state.selected = {"phone"};
-             in.state.lotuses["phone"] = LotusProgress(3, "2025-03-13", 3);
-         },
+        {"settings that do not reach a notification",
+            [](Inputs& in) {
+                in.state.language = "fr";
+                in.state.waterSoundEnabled = false;
+                in.state.bellSoundEnabled = false;
+                in.state.onboarded = true;
+                in.state.selected = {"phone"};
+                in.state.lotuses["phone"] = LotusProgress(3, "2025-03-13", 3);
+            },
             false},
     };
     for (const ChangeCase& c : cases) {
@@ -87,7 +91,8 @@ TEST(ReminderPolicy, Reevaluation_HandsOutDatesOnlyWhenWhatWouldBePostedChanged)
         const ReminderDecision decision = evaluate(policy, after);
         EXPECT_EQ(decision.datesToSchedule.has_value(), c.handsOutDates) << c.name;
         if (decision.datesToSchedule) {
-            const std::vector<Instant> expected = after.authorization == Authorization::authorized ? upcoming(after) : std::vector<Instant>{};
+            const std::vector<Instant> expected
+                = after.authorization == Authorization::authorized ? upcoming(after) : std::vector<Instant>{};
             EXPECT_EQ(*decision.datesToSchedule, expected) << c.name;
         }
         EXPECT_FALSE(evaluate(policy, after).datesToSchedule) << c.name << ": the changed inputs are remembered";
@@ -137,11 +142,15 @@ TEST(ReminderPolicy, ClearDelivered_WhenTodayInTheCallersZoneIsAPracticeDay)
 {
     const ClearCase cases[] = {
         {"today practised", "Europe/Berlin", "2025-03-14", utc(2025, 3, 14, 7), true, Authorization::authorized, true},
-        {"yesterday practised", "Europe/Berlin", "2025-03-13", utc(2025, 3, 14, 7), true, Authorization::authorized, false},
-        {"tomorrow practised", "Europe/Berlin", "2025-03-15", utc(2025, 3, 14, 7), true, Authorization::authorized, false},
+        {"yesterday practised", "Europe/Berlin", "2025-03-13", utc(2025, 3, 14, 7), true, Authorization::authorized,
+            false},
+        {"tomorrow practised", "Europe/Berlin", "2025-03-15", utc(2025, 3, 14, 7), true, Authorization::authorized,
+            false},
         // 23:30 UTC on the 14th is 00:30 on the 15th in Berlin.
-        {"the local day counts", "Europe/Berlin", "2025-03-15", utc(2025, 3, 14, 23, 30), true, Authorization::authorized, true},
-        {"not the UTC day", "Europe/Berlin", "2025-03-14", utc(2025, 3, 14, 23, 30), true, Authorization::authorized, false},
+        {"the local day counts", "Europe/Berlin", "2025-03-15", utc(2025, 3, 14, 23, 30), true,
+            Authorization::authorized, true},
+        {"not the UTC day", "Europe/Berlin", "2025-03-14", utc(2025, 3, 14, 23, 30), true, Authorization::authorized,
+            false},
         {"reminders off", "UTC", "2025-03-14", utc(2025, 3, 14, 7), false, Authorization::authorized, true},
         {"not authorized", "UTC", "2025-03-14", utc(2025, 3, 14, 7), true, Authorization::notAuthorized, true},
     };

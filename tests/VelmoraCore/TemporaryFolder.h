@@ -16,7 +16,10 @@ public:
     ~TemporaryFolder();
 
     [[nodiscard]] const std::filesystem::path& path() const { return m_path; }
-    [[nodiscard]] std::filesystem::path operator/(const std::filesystem::path& relative) const { return m_path / relative; }
+    [[nodiscard]] std::filesystem::path operator/(const std::filesystem::path& relative) const
+    {
+        return m_path / relative;
+    }
 
 private:
     std::filesystem::path m_path;

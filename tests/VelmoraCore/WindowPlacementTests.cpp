@@ -15,7 +15,8 @@ using WindowPlacement::Flipped;
 std::string text(const Rect& rect)
 {
     std::ostringstream out;
-    out << std::setprecision(17) << '(' << rect.minX() << ", " << rect.minY() << ", " << rect.width() << ", " << rect.height() << ')';
+    out << std::setprecision(17) << '(' << rect.minX() << ", " << rect.minY() << ", " << rect.width() << ", "
+        << rect.height() << ')';
     return out.str();
 }
 
@@ -59,11 +60,13 @@ constexpr ConstrainedCase constrainedCases[] = {
     {"past the left and bottom edges: moved in", {-200, -50, 400, 300}, {0, 25, 1440, 850}, {8, 33, 400, 300}},
     {"already inside: unchanged", {100, 100, 400, 300}, {0, 0, 1440, 875}, {100, 100, 400, 300}},
     {"small frame is not grown", {300, 200, 120, 90}, {0, 0, 1440, 875}, {300, 200, 120, 90}},
-    {"larger than the screen: shrunk to the inset, at the left and bottom margins", {500, 400, 3000, 2000}, {0, 0, 1440, 875}, {8, 8, 1424, 859}},
+    {"larger than the screen: shrunk to the inset, at the left and bottom margins", {500, 400, 3000, 2000},
+        {0, 0, 1440, 875}, {8, 8, 1424, 859}},
     {"only too wide: height kept", {0, 300, 1600, 300}, {0, 0, 1440, 875}, {8, 300, 1424, 300}},
     {"onto a second screen to the right", {3000, 500, 600, 400}, {1440, 0, 1920, 1080}, {2752, 500, 600, 400}},
     {"onto a screen at negative coordinates", {0, 0, 800, 600}, {-1920, -1080, 1920, 1080}, {-808, -608, 800, 600}},
-    {"screen smaller than the inset: one point at the left and bottom margins", {50, 50, 400, 300}, {0, 0, 10, 10}, {8, 8, 1, 1}},
+    {"screen smaller than the inset: one point at the left and bottom margins", {50, 50, 400, 300}, {0, 0, 10, 10},
+        {8, 8, 1, 1}},
 };
 
 TEST(WindowPlacement, Constrained_FitsTheFrameInsideTheInsetWithoutGrowingItAndLeavesItThere)
@@ -82,7 +85,8 @@ TEST(WindowPlacement, Constrained_KeepsTheDefaultFrameOfTheSameScreen)
     // A window that opened at its default frame must not jump at the next
     // reposition. (Screens smaller than the inset are left out: there the
     // default frame is centred, the constrained one at the margins.)
-    for (const Rect visible : {Rect(0, 0, 1440, 875), Rect(0, 0, 700, 500), Rect(-1280, -200, 1280, 800), Rect(0, 0, 796, 656)}) {
+    for (const Rect visible :
+        {Rect(0, 0, 1440, 875), Rect(0, 0, 700, 500), Rect(-1280, -200, 1280, 800), Rect(0, 0, 796, 656)}) {
         const Rect opened = WindowPlacement::frame(visible);
         EXPECT_EQ(text(WindowPlacement::constrained(opened, visible)), text(opened)) << text(visible);
     }
@@ -109,7 +113,8 @@ TEST(WindowPlacement, NormalizedPointer_RunsFromBottomLeftToTopRightWhicheverWay
     };
     for (const auto& c : cases) {
         EXPECT_EQ(text(WindowPlacement::normalizedPointer(c.local, c.bounds, Flipped::no)), text(c.expected)) << c.name;
-        EXPECT_EQ(text(WindowPlacement::normalizedPointer(c.local, c.bounds, Flipped::yes)), text(c.expectedFlipped)) << c.name << ", flipped";
+        EXPECT_EQ(text(WindowPlacement::normalizedPointer(c.local, c.bounds, Flipped::yes)), text(c.expectedFlipped))
+            << c.name << ", flipped";
     }
 }
 

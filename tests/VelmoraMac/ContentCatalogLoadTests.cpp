@@ -104,7 +104,13 @@ std::vector<DocumentCase> documentCases()
     return {
         // Content that is complete, whatever else it carries.
         {"Minimal", [](json&) {}, Outcome::loads},
-        {"UnknownMembersEverywhere", [](json& d) { d["version"] = 9; topicNamed(d, "phone")["extra"] = {1, 2}; d["strings"]["en"]["x"] = json::object(); }, Outcome::loads},
+        {"UnknownMembersEverywhere",
+            [](json& d) {
+                d["version"] = 9;
+                topicNamed(d, "phone")["extra"] = {1, 2};
+                d["strings"]["en"]["x"] = json::object();
+            },
+            Outcome::loads},
 
         // The typed part decodes strictly.
         {"TopicsMissing", [](json& d) { d.erase("topics"); }, Outcome::decodingError},
@@ -113,7 +119,12 @@ std::vector<DocumentCase> documentCases()
         {"NumberAmongNames", [](json& d) { topicNamed(d, "phone")["names"][6] = 6; }, Outcome::decodingError},
         {"NumericLanguageName", [](json& d) { d["languages"]["fr"] = 2; }, Outcome::decodingError},
         // Decoding comes first: wrong types win over incomplete content.
-        {"WrongTypeAndNoStrings", [](json& d) { topicNamed(d, "phone")["group"] = 1.5; d.erase("strings"); }, Outcome::decodingError},
+        {"WrongTypeAndNoStrings",
+            [](json& d) {
+                topicNamed(d, "phone")["group"] = 1.5;
+                d.erase("strings");
+            },
+            Outcome::decodingError},
 
         // The text tables must be an object of objects.
         {"StringsMissing", [](json& d) { d.erase("strings"); }, Outcome::invalidData},
@@ -123,7 +134,8 @@ std::vector<DocumentCase> documentCases()
         {"SixteenTopics", [](json& d) { d["topics"].erase(topicIterator(d, "delusion")); }, Outcome::invalidData},
         {"EighteenthUnknownTopic", [](json& d) { appendedCopy(d, "phone")["id"] = "coffee"; }, Outcome::invalidData},
         {"EighteenthDuplicateTopic", [](json& d) { appendedCopy(d, "phone"); }, Outcome::invalidData},
-        {"UnknownTopicInsteadOfAKnownOne", [](json& d) { topicNamed(d, "phone")["id"] = "Phone"; }, Outcome::invalidData},
+        {"UnknownTopicInsteadOfAKnownOne", [](json& d) { topicNamed(d, "phone")["id"] = "Phone"; },
+            Outcome::invalidData},
 
         // One name and one description per practice language.
         {"SixNames", [](json& d) { topicNamed(d, "craving")["names"].erase(6); }, Outcome::invalidData},
@@ -131,7 +143,12 @@ std::vector<DocumentCase> documentCases()
 
         // A table for every practice language.
         {"NoPaliTable", [](json& d) { d["strings"].erase("pi"); }, Outcome::invalidData},
-        {"UpperCaseCode", [](json& d) { d["strings"].erase("hi"); d["strings"]["HI"] = json::object(); }, Outcome::invalidData},
+        {"UpperCaseCode",
+            [](json& d) {
+                d["strings"].erase("hi");
+                d["strings"]["HI"] = json::object();
+            },
+            Outcome::invalidData},
     };
 }
 

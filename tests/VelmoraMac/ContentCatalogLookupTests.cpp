@@ -102,7 +102,8 @@ TEST(ContentCatalogGroup, ReadsTheLanguagesOwnListWithoutFallback)
     // strings: no English fallback.
     for (const char* language : {"fr", "de", "ru", "es", "pt"})
         EXPECT_EQ(catalog.group(0, language), "") << language;
-    for (const std::int64_t index : {std::int64_t{5}, std::int64_t{-1}, std::numeric_limits<std::int64_t>::max(), std::numeric_limits<std::int64_t>::min()})
+    for (const std::int64_t index : {std::int64_t{5}, std::int64_t{-1}, std::numeric_limits<std::int64_t>::max(),
+             std::numeric_limits<std::int64_t>::min()})
         EXPECT_EQ(catalog.group(index, "en"), "") << index;
     EXPECT_EQ(catalog.group(1, "pi"), "");
 }

@@ -30,12 +30,12 @@ const ContentCatalog& shippedCatalog()
 
 // Every text key that the coordinator, the snapshot, the menu, the pond
 // chrome and the panel ask the catalog for.
-constexpr std::array<std::string_view, 45> textKeys = {
-    "loadError", "saveError", "permissionDenied", "dailyGentle", "days", "daysSuffix", "back", "settings", "notice",
-    "noticed", "retry", "language", "systemLanguage", "cancel", "close", "chooseOne", "selected", "begin", "enterPond",
-    "next", "save", "welcomeTitle", "welcomeBody", "welcomeFoot", "privacy", "selectionBody", "poisonsBody", "hintTitle",
-    "hintBody", "wiltTitle", "wiltBody", "understood", "sounds", "waterSound", "waterSoundBody", "bellSound",
-    "bellSoundBody", "topicsTitle", "retained", "guide", "reminder", "reminderBody", "time", "localOnly", "privacyPolicy"};
+constexpr std::array<std::string_view, 45> textKeys = {"loadError", "saveError", "permissionDenied", "dailyGentle",
+    "days", "daysSuffix", "back", "settings", "notice", "noticed", "retry", "language", "systemLanguage", "cancel",
+    "close", "chooseOne", "selected", "begin", "enterPond", "next", "save", "welcomeTitle", "welcomeBody",
+    "welcomeFoot", "privacy", "selectionBody", "poisonsBody", "hintTitle", "hintBody", "wiltTitle", "wiltBody",
+    "understood", "sounds", "waterSound", "waterSoundBody", "bellSound", "bellSoundBody", "topicsTitle", "retained",
+    "guide", "reminder", "reminderBody", "time", "localOnly", "privacyPolicy"};
 
 constexpr std::int64_t groupCount = 5;
 
@@ -103,7 +103,8 @@ TEST(ShippedContent, EveryTopicIsNamedDescribedColouredAndGroupedOnItsOwn)
 TEST(ShippedContent, PaletteHoldsEveryColourOfThePanel)
 {
     const ContentCatalog::StringMap& palette = shippedCatalog().palette();
-    for (const char* key : {"paper", "ink", "muted", "gold", "primary", "onPrimary", "surfaceContainerHighest", "outline"}) {
+    for (const char* key :
+        {"paper", "ink", "muted", "gold", "primary", "onPrimary", "surfaceContainerHighest", "outline"}) {
         const auto found = palette.find(key);
         ASSERT_NE(found, palette.end()) << key;
         EXPECT_TRUE(isColour(found->second)) << key << " " << found->second;

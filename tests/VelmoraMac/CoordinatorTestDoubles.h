@@ -27,9 +27,16 @@ public:
     [[nodiscard]] const OpenCallback& onOpen() const override { return m_onOpen; }
     void setOnOpen(OpenCallback callback) override { m_onOpen = std::move(callback); }
     [[nodiscard]] const PermissionDeniedCallback& onPermissionDenied() const override { return m_onPermissionDenied; }
-    void setOnPermissionDenied(PermissionDeniedCallback callback) override { m_onPermissionDenied = std::move(callback); }
+    void setOnPermissionDenied(PermissionDeniedCallback callback) override
+    {
+        m_onPermissionDenied = std::move(callback);
+    }
 
-    void schedule(std::shared_ptr<const PracticeState> state, const std::string& title, const std::string& body) override { scheduled.push_back({*state, title, body}); }
+    void schedule(
+        std::shared_ptr<const PracticeState> state, const std::string& title, const std::string& body) override
+    {
+        scheduled.push_back({*state, title, body});
+    }
     void request(PermissionCompletion completion) override { pendingRequests.push_back(std::move(completion)); }
 
     void answerRequest(bool granted)
@@ -72,7 +79,8 @@ inline nlohmann::json coordinatorCatalogDocument()
     nlohmann::json document = minimalCatalogDocument();
     std::reverse(document["topics"].begin(), document["topics"].end());
     for (const char* language : {"en", "fr", "pi"}) {
-        for (const char* key : {"loadError", "saveError", "permissionDenied", "dailyGentle", "daysSuffix", "back", "settings", "notice", "noticed"})
+        for (const char* key : {"loadError", "saveError", "permissionDenied", "dailyGentle", "daysSuffix", "back",
+                 "settings", "notice", "noticed"})
             document["strings"][language][key] = std::string(key) + " in " + language;
         document["strings"][language]["days"] = std::string("{count} days in ") + language;
     }

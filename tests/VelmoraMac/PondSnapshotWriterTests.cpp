@@ -46,7 +46,8 @@ TEST(PondSnapshotWriterTest, Values_AreWrittenAsTheJSONLibraryWritesThem)
         expectAsTheLibraryWrites(std::move(writer).finish(), value);
     }
 
-    const std::vector<std::int64_t> integers = {0, 7, -7, std::numeric_limits<std::int64_t>::max(), std::numeric_limits<std::int64_t>::min()};
+    const std::vector<std::int64_t> integers
+        = {0, 7, -7, std::numeric_limits<std::int64_t>::max(), std::numeric_limits<std::int64_t>::min()};
     for (const std::int64_t value : integers) {
         SCOPED_TRACE(value);
         PondSnapshotWriter writer;

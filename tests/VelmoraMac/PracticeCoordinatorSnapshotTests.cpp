@@ -128,7 +128,8 @@ PracticeState everyTopic(std::string language)
         state.lotuses[id] = LotusProgress(day * 1000 + 1, lastDay, day % (LotusProgress::fullGrowth + 1));
         ++day;
     }
-    state.lotuses["money"] = LotusProgress(std::numeric_limits<std::int64_t>::max(), "2025-03-14", LotusProgress::fullGrowth);
+    state.lotuses["money"]
+        = LotusProgress(std::numeric_limits<std::int64_t>::max(), "2025-03-14", LotusProgress::fullGrowth);
     for (int practised = 1; practised <= 28; ++practised)
         state.practiceDays.insert("2025-02-" + std::string(practised < 10 ? "0" : "") + std::to_string(practised));
     state.bellSoundEnabled = false;
@@ -138,7 +139,8 @@ PracticeState everyTopic(std::string language)
 class PracticeCoordinatorSnapshotTest : public testing::Test {
 protected:
     // A coordinator whose state is `state`, saved and loaded as at start-up.
-    PracticeCoordinator& coordinatorWith(const PracticeState& state, const nlohmann::json& catalog = test::coordinatorCatalogDocument())
+    PracticeCoordinator& coordinatorWith(
+        const PracticeState& state, const nlohmann::json& catalog = test::coordinatorCatalogDocument())
     {
         m_coordinator.reset();
         m_published.clear();
@@ -146,7 +148,8 @@ protected:
         auto store = std::make_unique<PracticeStore>(m_folder / "practice.json");
         store->load();
         store->update([&state](const PracticeState&) { return state; });
-        m_coordinator = std::make_unique<PracticeCoordinator>(m_catalog, std::move(store), std::make_shared<test::FakeLoginLaunch>(), std::make_shared<test::RecordingReminders>(), nullptr, m_system);
+        m_coordinator = std::make_unique<PracticeCoordinator>(m_catalog, std::move(store),
+            std::make_shared<test::FakeLoginLaunch>(), std::make_shared<test::RecordingReminders>(), nullptr, m_system);
         m_coordinator->setOnSnapshot([this](const PondSnapshot& snapshot) { m_published.push_back(snapshot); });
         m_coordinator->load();
         return *m_coordinator;
@@ -169,7 +172,8 @@ protected:
     }
 
     test::TemporaryFolder m_folder;
-    std::shared_ptr<HeadlessSystemEnvironment> m_system = std::make_shared<HeadlessSystemEnvironment>(utc(2025, 3, 14, 12), UserCalendar::utc(), std::vector<std::string>{"en_GB"});
+    std::shared_ptr<HeadlessSystemEnvironment> m_system = std::make_shared<HeadlessSystemEnvironment>(
+        utc(2025, 3, 14, 12), UserCalendar::utc(), std::vector<std::string>{"en_GB"});
     std::shared_ptr<const ContentCatalog> m_catalog;
     std::unique_ptr<PracticeCoordinator> m_coordinator;
     std::vector<PondSnapshot> m_published;
@@ -182,7 +186,9 @@ TEST_F(PracticeCoordinatorSnapshotTest, Snapshot_HoldsTheTwelveMembersAndTheSele
     for (const auto& [key, value] : snapshot.items())
         keys.push_back(key);
     std::sort(keys.begin(), keys.end());
-    EXPECT_EQ(keys, (std::vector<std::string>{"backLabel", "bellSoundEnabled", "daysLabel", "daysSuffix", "errorLabel", "language", "noticeLabel", "savedLabel", "settingsLabel", "topics", "version", "waterSoundEnabled"}));
+    EXPECT_EQ(keys,
+        (std::vector<std::string>{"backLabel", "bellSoundEnabled", "daysLabel", "daysSuffix", "errorLabel", "language",
+            "noticeLabel", "savedLabel", "settingsLabel", "topics", "version", "waterSoundEnabled"}));
     EXPECT_EQ(snapshot["language"], "en");
     EXPECT_EQ(snapshot["waterSoundEnabled"], false);
     EXPECT_EQ(snapshot["bellSoundEnabled"], true);

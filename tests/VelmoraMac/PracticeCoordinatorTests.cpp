@@ -42,7 +42,8 @@ protected:
     {
         m_coordinator.reset();
         m_coordinator = std::make_unique<PracticeCoordinator>(
-            m_catalog, std::make_unique<PracticeStore>(url()), m_login, m_reminders, [this] { ++m_settingsOpened; }, m_system);
+            m_catalog, std::make_unique<PracticeStore>(url()), m_login, m_reminders, [this] { ++m_settingsOpened; },
+            m_system);
         m_coordinator->setOnSnapshot([this](const PondSnapshot& snapshot) { m_snapshots.push_back(snapshot.text); });
         m_coordinator->setOnEnterPond([this] { ++m_pondEntered; });
         m_coordinator->setOnOpenPanel([this] { ++m_panelOpened; });
@@ -67,7 +68,8 @@ protected:
     }
 
     test::TemporaryFolder m_folder;
-    std::shared_ptr<const ContentCatalog> m_catalog = std::make_shared<const ContentCatalog>(ContentCatalog::fromJSON(test::coordinatorCatalogDocument().dump()));
+    std::shared_ptr<const ContentCatalog> m_catalog
+        = std::make_shared<const ContentCatalog>(ContentCatalog::fromJSON(test::coordinatorCatalogDocument().dump()));
     std::shared_ptr<test::RecordingReminders> m_reminders = std::make_shared<test::RecordingReminders>();
     std::shared_ptr<test::FakeLoginLaunch> m_login = std::make_shared<test::FakeLoginLaunch>();
     std::shared_ptr<HeadlessSystemEnvironment> m_system = std::make_shared<HeadlessSystemEnvironment>();
@@ -105,7 +107,8 @@ TEST_F(PracticeCoordinatorTest, Load_ChoosesThePageAndRefreshesEverythingFromThe
         m_login->status = 2;
         coordinator().load();
         EXPECT_EQ(coordinator().page().get(), c.page);
-        EXPECT_EQ(m_snapshots.size(), c.stored && c.stored->onboarded ? 1U : 0U) << "the pond shows only after onboarding";
+        EXPECT_EQ(m_snapshots.size(), c.stored && c.stored->onboarded ? 1U : 0U)
+            << "the pond shows only after onboarding";
         // Every successful load refreshes the reminders, the chrome and the login status.
         ASSERT_EQ(m_reminders->scheduled.size(), 1U);
         EXPECT_EQ(m_reminders->scheduled[0].body, "dailyGentle in fr");
@@ -130,7 +133,10 @@ TEST_F(PracticeCoordinatorTest, FailedLoad_ShowsTheLocalizedErrorAndBlocksEveryC
     EXPECT_TRUE(m_reminders->scheduled.empty()) << "no refresh after a failed load";
     EXPECT_EQ(m_chromeChanged, 0);
 
-    EXPECT_FALSE(coordinator().change([](PracticeState state) { state.hintSeen = true; return state; }));
+    EXPECT_FALSE(coordinator().change([](PracticeState state) {
+        state.hintSeen = true;
+        return state;
+    }));
     EXPECT_FALSE(coordinator().notice("phone"));
     coordinator().refresh();
     EXPECT_TRUE(m_reminders->scheduled.empty());
@@ -149,7 +155,8 @@ TEST_F(PracticeCoordinatorTest, ChangeAndNotice_SaveBeforeTheyPublishThenRefresh
     loadOnboarded();
     coordinator().setErrorText("an earlier error");
     std::optional<std::string> fileWhenPublished;
-    const Subscription subscription = coordinator().state().observe([&](const PracticeState&) { fileWhenPublished = fileBytes(url()); });
+    const Subscription subscription
+        = coordinator().state().observe([&](const PracticeState&) { fileWhenPublished = fileBytes(url()); });
     // The snapshot is built while the write waits for the device, but only
     // handed on once the file is in place.
     std::optional<std::string> fileWhenSnapshotHandedOn;
@@ -158,11 +165,15 @@ TEST_F(PracticeCoordinatorTest, ChangeAndNotice_SaveBeforeTheyPublishThenRefresh
         fileWhenSnapshotHandedOn = fileBytes(url());
     });
 
-    EXPECT_TRUE(coordinator().change([](PracticeState state) { state.bellSoundEnabled = false; return state; }));
+    EXPECT_TRUE(coordinator().change([](PracticeState state) {
+        state.bellSoundEnabled = false;
+        return state;
+    }));
 
     EXPECT_FALSE(coordinator().state().get().bellSoundEnabled);
     ASSERT_TRUE(fileWhenPublished);
-    EXPECT_EQ(PracticeState::fromJSON(*fileWhenPublished), coordinator().state().get()) << "published only once on disk";
+    EXPECT_EQ(PracticeState::fromJSON(*fileWhenPublished), coordinator().state().get())
+        << "published only once on disk";
     ASSERT_TRUE(fileWhenSnapshotHandedOn);
     EXPECT_EQ(PracticeState::fromJSON(*fileWhenSnapshotHandedOn), coordinator().state().get());
     EXPECT_EQ(nlohmann::json::parse(m_snapshots.back())["bellSoundEnabled"], false) << "the snapshot of the new state";
@@ -189,7 +200,10 @@ TEST_F(PracticeCoordinatorTest, FailedChange_KeepsStateAndFileShowsSaveErrorAndO
     EXPECT_EQ(fileBytes(url()), saved);
     EXPECT_EQ(m_snapshots.size(), 1U) << "nothing republished";
 
-    EXPECT_FALSE(coordinator().change([](PracticeState state) { state.reminderMinute = 60; return state; }));
+    EXPECT_FALSE(coordinator().change([](PracticeState state) {
+        state.reminderMinute = 60;
+        return state;
+    }));
     EXPECT_EQ(m_panelOpened, 2);
     EXPECT_EQ(fileBytes(url()), saved);
 }

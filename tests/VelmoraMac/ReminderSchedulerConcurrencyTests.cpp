@@ -67,9 +67,12 @@ protected:
 
     std::shared_ptr<ManualMainThread> m_mainThread = std::make_shared<ManualMainThread>();
     // Monday 10 March 2025, 12:00 in Berlin.
-    std::shared_ptr<HeadlessSystemEnvironment> m_system = std::make_shared<HeadlessSystemEnvironment>(utc(2025, 3, 10, 11), UserCalendar::inTimeZone("Europe/Berlin"));
-    std::shared_ptr<HeadlessNotificationCenter> m_center = std::make_shared<HeadlessNotificationCenter>(utc(2025, 3, 10, 11));
-    std::unique_ptr<ReminderScheduler> m_scheduler = std::make_unique<ReminderScheduler>(m_center, m_mainThread, m_system);
+    std::shared_ptr<HeadlessSystemEnvironment> m_system
+        = std::make_shared<HeadlessSystemEnvironment>(utc(2025, 3, 10, 11), UserCalendar::inTimeZone("Europe/Berlin"));
+    std::shared_ptr<HeadlessNotificationCenter> m_center
+        = std::make_shared<HeadlessNotificationCenter>(utc(2025, 3, 10, 11));
+    std::unique_ptr<ReminderScheduler> m_scheduler
+        = std::make_unique<ReminderScheduler>(m_center, m_mainThread, m_system);
     std::vector<bool> m_denials;
     int m_opened = 0;
 };
@@ -88,7 +91,9 @@ TEST_F(ReminderSchedulerTest, Passes_ReplaceThePendingRequestsOnlyWhenSomethingC
     std::vector<NotificationRequest> pending = m_center->pendingRequests();
     EXPECT_EQ(identifiers(pending), sevenRequests());
     EXPECT_EQ(pending[0].body, "A gentle pause");
-    EXPECT_EQ(pending[0].trigger, (NotificationTrigger{.year = 2025, .month = 3, .day = 10, .hour = 20, .minute = 15, .timeZone = "Europe/Berlin"}));
+    EXPECT_EQ(pending[0].trigger,
+        (NotificationTrigger{
+            .year = 2025, .month = 3, .day = 10, .hour = 20, .minute = 15, .timeZone = "Europe/Berlin"}));
     EXPECT_EQ(pending[6].trigger.day, 16);
 
     const HeadlessNotificationCenter::Counts before = m_center->counts();

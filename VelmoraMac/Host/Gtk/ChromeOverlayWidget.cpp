@@ -30,7 +30,8 @@ bool wordmarkFaceInstalled(PangoContext* context)
         pango_font_family_list_faces(families[index], &faces, &faceCount);
         for (int face = 0; face < faceCount && !found; ++face) {
             PangoFontDescription* description = pango_font_face_describe(faces[face]);
-            found = pango_font_description_get_style(description) == PANGO_STYLE_ITALIC && pango_font_description_get_weight(description) == PANGO_WEIGHT_NORMAL;
+            found = pango_font_description_get_style(description) == PANGO_STYLE_ITALIC
+                && pango_font_description_get_weight(description) == PANGO_WEIGHT_NORMAL;
             pango_font_description_free(description);
         }
         g_free(faces);
@@ -45,7 +46,8 @@ bool wordmarkFaceInstalled(PangoContext* context)
 PangoFontDescription* systemFont(PangoContext* context, double size)
 {
     const PangoFontDescription* base = pango_context_get_font_description(context);
-    PangoFontDescription* font = base != nullptr ? pango_font_description_copy(base) : pango_font_description_from_string("Sans");
+    PangoFontDescription* font
+        = base != nullptr ? pango_font_description_copy(base) : pango_font_description_from_string("Sans");
     pango_font_description_set_absolute_size(font, size * PANGO_SCALE);
     return font;
 }
@@ -121,7 +123,8 @@ bool ChromeOverlayWidget::changedSinceDrawn() const
 {
     // Compared in place: this runs every frame and must not allocate.
     const PondChromeView& chrome = *m_chrome;
-    return chrome.isHidden() != m_drawn.hidden || chrome.size() != m_drawn.size || chrome.daysText() != m_drawn.days || chrome.gearImage().png().data() != m_drawn.gear;
+    return chrome.isHidden() != m_drawn.hidden || chrome.size() != m_drawn.size || chrome.daysText() != m_drawn.days
+        || chrome.gearImage().png().data() != m_drawn.gear;
 }
 
 gboolean ChromeOverlayWidget::drawn(GtkWidget* /*widget*/, cairo_t* cairo, gpointer self)
@@ -172,7 +175,8 @@ PangoLayout* ChromeOverlayWidget::newWordmarkLayout() const
     pango_layout_set_font_description(layout, font);
     pango_font_description_free(font);
     PangoAttrList* attributes = pango_attr_list_new();
-    pango_attr_list_insert(attributes, pango_attr_letter_spacing_new(static_cast<int>(PondChromeView::wordmarkKerning * PANGO_SCALE)));
+    pango_attr_list_insert(
+        attributes, pango_attr_letter_spacing_new(static_cast<int>(PondChromeView::wordmarkKerning * PANGO_SCALE)));
     pango_layout_set_attributes(layout, attributes);
     pango_attr_list_unref(attributes);
     pango_layout_set_text(layout, PondChromeView::wordmarkText, -1);

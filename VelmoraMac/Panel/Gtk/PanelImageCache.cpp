@@ -12,7 +12,9 @@ GdkPixbuf* decoded(std::string_view png)
     if (!loader)
         return nullptr;
     GError* error = nullptr;
-    const bool written = gdk_pixbuf_loader_write(loader.get(), reinterpret_cast<const guchar*>(png.data()), png.size(), &error) != FALSE;
+    const bool written
+        = gdk_pixbuf_loader_write(loader.get(), reinterpret_cast<const guchar*>(png.data()), png.size(), &error)
+        != FALSE;
     // The loader must be closed either way; a failure here only means the
     // image is unusable, which the panel shows as an empty square.
     const bool closed = gdk_pixbuf_loader_close(loader.get(), written ? &error : nullptr) != FALSE;

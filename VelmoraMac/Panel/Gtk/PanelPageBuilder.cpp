@@ -40,12 +40,12 @@ void perform(const PanelAction& action) noexcept
 // Connects `handler` to `signal` with `data` owned by the connection: it is
 // destroyed when the handler is disconnected, which GTK does when the
 // widget goes.
-template <typename Data>
-void connectOwned(GtkWidget* widget, const char* signal, GCallback handler, Data data)
+template <typename Data> void connectOwned(GtkWidget* widget, const char* signal, GCallback handler, Data data)
 {
     auto owned = std::make_unique<Data>(std::move(data));
     g_signal_connect_data(
-        widget, signal, handler, owned.release(), [](gpointer released, GClosure* /*closure*/) { delete static_cast<Data*>(released); },
+        widget, signal, handler, owned.release(),
+        [](gpointer released, GClosure* /*closure*/) { delete static_cast<Data*>(released); },
         static_cast<GConnectFlags>(0));
 }
 
@@ -242,7 +242,8 @@ std::string PanelPageBuilder::keyOf(GtkWidget* widget)
 
 GtkWidget* PanelPageBuilder::findKey(GtkWidget* root, const std::string& key)
 {
-    if (const auto* own = static_cast<const char*>(g_object_get_data(G_OBJECT(root), keyData)); own != nullptr && key == own)
+    if (const auto* own = static_cast<const char*>(g_object_get_data(G_OBJECT(root), keyData));
+        own != nullptr && key == own)
         return root;
     if (!GTK_IS_CONTAINER(root))
         return nullptr;
@@ -267,17 +268,21 @@ GtkWidget* PanelPageBuilder::label(const PanelText& text)
 
     PangoFontDescription* font = pango_font_description_new();
     pango_font_description_set_family(font, text.design == PanelText::Design::serif ? serifFamilies : systemFamilies);
-    pango_font_description_set_style(font, text.style == PanelText::Style::italic ? PANGO_STYLE_ITALIC : PANGO_STYLE_NORMAL);
+    pango_font_description_set_style(
+        font, text.style == PanelText::Style::italic ? PANGO_STYLE_ITALIC : PANGO_STYLE_NORMAL);
     pango_font_description_set_absolute_size(font, text.size * PANGO_SCALE);
     PangoAttrList* attributes = pango_attr_list_new();
     pango_attr_list_insert(attributes, pango_attr_font_desc_new(font));
     pango_font_description_free(font);
-    const auto component = [](double value) { return static_cast<guint16>(std::lround(std::clamp(value, 0.0, 1.0) * 65535.0)); };
-    pango_attr_list_insert(attributes, pango_attr_foreground_new(component(text.color.red), component(text.color.green), component(text.color.blue)));
+    const auto component
+        = [](double value) { return static_cast<guint16>(std::lround(std::clamp(value, 0.0, 1.0) * 65535.0)); };
+    pango_attr_list_insert(attributes,
+        pango_attr_foreground_new(component(text.color.red), component(text.color.green), component(text.color.blue)));
     if (text.color.opacity < 1)
         pango_attr_list_insert(attributes, pango_attr_foreground_alpha_new(component(text.color.opacity)));
     if (text.tracking != 0)
-        pango_attr_list_insert(attributes, pango_attr_letter_spacing_new(static_cast<int>(std::lround(text.tracking * PANGO_SCALE))));
+        pango_attr_list_insert(
+            attributes, pango_attr_letter_spacing_new(static_cast<int>(std::lround(text.tracking * PANGO_SCALE))));
     if (text.lineSpacing > 0) {
         // Extra space between lines, over a line's natural height of about
         // 1.2 times the size.
@@ -314,8 +319,10 @@ GtkWidget* PanelPageBuilder::button(const PanelButton& button)
         add(widget, text);
         gtk_widget_set_hexpand(widget, TRUE);
         m_sheet.style(widget,
-            "background-color: " + PanelStyleSheet::css(button.background.value_or(Color{})) + "; border-radius: " + PanelStyleSheet::pixels(button.cornerRadius)
-                + "; min-height: " + PanelStyleSheet::pixels(button.minimumHeight) + "; padding: 0 20px; outline-offset: 3px; -gtk-outline-radius: "
+            "background-color: " + PanelStyleSheet::css(button.background.value_or(Color{}))
+                + "; border-radius: " + PanelStyleSheet::pixels(button.cornerRadius)
+                + "; min-height: " + PanelStyleSheet::pixels(button.minimumHeight)
+                + "; padding: 0 20px; outline-offset: 3px; -gtk-outline-radius: "
                 + PanelStyleSheet::pixels(button.cornerRadius + 3) + ";");
         break;
     }
@@ -331,7 +338,9 @@ GtkWidget* PanelPageBuilder::button(const PanelButton& button)
         const int hit = pixels(button.hitSize);
         gtk_widget_set_size_request(widget, hit, hit);
         gtk_widget_set_valign(widget, GTK_ALIGN_CENTER);
-        m_sheet.style(widget, "border-radius: " + PanelStyleSheet::pixels(button.hitSize / 2) + "; -gtk-outline-radius: " + PanelStyleSheet::pixels(button.hitSize / 2) + ";");
+        m_sheet.style(widget,
+            "border-radius: " + PanelStyleSheet::pixels(button.hitSize / 2)
+                + "; -gtk-outline-radius: " + PanelStyleSheet::pixels(button.hitSize / 2) + ";");
         if (!button.accessibilityLabel.empty())
             gtk_widget_set_tooltip_text(widget, button.accessibilityLabel.c_str());
         break;
@@ -341,8 +350,10 @@ GtkWidget* PanelPageBuilder::button(const PanelButton& button)
     setAccessibleName(widget, button.accessibilityLabel.empty() ? title : button.accessibilityLabel);
     if (!button.accessibilityIdentifier.empty())
         gtk_widget_set_name(widget, button.accessibilityIdentifier.c_str());
-    setKey(widget, !button.accessibilityIdentifier.empty() ? button.accessibilityIdentifier : !button.accessibilityLabel.empty() ? button.accessibilityLabel
-                                                                                                                                 : title);
+    setKey(widget,
+        !button.accessibilityIdentifier.empty()  ? button.accessibilityIdentifier
+            : !button.accessibilityLabel.empty() ? button.accessibilityLabel
+                                                 : title);
     connectOwned(widget, "clicked", G_CALLBACK(onClicked), button.action);
     return widget;
 }
@@ -391,7 +402,8 @@ GtkWidget* PanelPageBuilder::switchRow(const PanelSwitchRow& row)
     gtk_widget_set_valign(state, GTK_ALIGN_CENTER);
     add(line, state);
     GtkWidget* control = gtk_drawing_area_new();
-    gtk_widget_set_size_request(control, pixels(row.control.trackHeight * switchAspect), pixels(row.control.trackHeight));
+    gtk_widget_set_size_request(
+        control, pixels(row.control.trackHeight * switchAspect), pixels(row.control.trackHeight));
     gtk_widget_set_valign(control, GTK_ALIGN_CENTER);
     connectOwned(control, "draw", G_CALLBACK(onDrawSwitch), row.control);
     add(line, control);
@@ -412,8 +424,9 @@ GtkWidget* PanelPageBuilder::card(const std::vector<GtkWidget*>& sections)
 {
     GtkWidget* box = vertical(0);
     m_sheet.style(box,
-        "background-color: " + PanelStyleSheet::css(m_card.background) + "; border-radius: " + PanelStyleSheet::pixels(m_card.cornerRadius) + "; border: "
-            + PanelStyleSheet::pixels(m_card.borderWidth) + " solid " + PanelStyleSheet::css(m_card.border) + ";");
+        "background-color: " + PanelStyleSheet::css(m_card.background) + "; border-radius: "
+            + PanelStyleSheet::pixels(m_card.cornerRadius) + "; border: " + PanelStyleSheet::pixels(m_card.borderWidth)
+            + " solid " + PanelStyleSheet::css(m_card.border) + ";");
     bool first = true;
     for (GtkWidget* section : sections) {
         if (!first) {
@@ -454,7 +467,8 @@ GtkWidget* PanelPageBuilder::topicCard(const TopicCard& card)
     gtk_toggle_button_set_active(GTK_TOGGLE_BUTTON(widget), card.selected ? TRUE : FALSE);
     gtk_button_set_relief(GTK_BUTTON(widget), GTK_RELIEF_NONE);
     m_sheet.style(widget,
-        "background-color: " + PanelStyleSheet::css(card.background) + "; border-radius: " + PanelStyleSheet::pixels(card.cornerRadius)
+        "background-color: " + PanelStyleSheet::css(card.background)
+            + "; border-radius: " + PanelStyleSheet::pixels(card.cornerRadius)
             + "; -gtk-outline-radius: " + PanelStyleSheet::pixels(card.cornerRadius) + ";");
     GtkWidget* line = horizontal(14);
     setMargins(line, pixels(card.padding), pixels(card.padding));
@@ -488,7 +502,8 @@ GtkWidget* PanelPageBuilder::timePicker(const ReminderTimePicker& picker)
     gtk_widget_set_valign(caption, GTK_ALIGN_CENTER);
     add(line, caption);
 
-    const std::string fieldStyle = "color: " + PanelStyleSheet::css(picker.tint) + "; background-color: " + PanelStyleSheet::css(picker.tint.withOpacity(0.1))
+    const std::string fieldStyle = "color: " + PanelStyleSheet::css(picker.tint)
+        + "; background-color: " + PanelStyleSheet::css(picker.tint.withOpacity(0.1))
         + "; border-radius: 12px; font-size: 17px; font-family: " + systemFamilies + ";";
     const auto field = [&](const char* name, double upper, std::int64_t value) {
         GtkWidget* spin = gtk_spin_button_new_with_range(0, upper, 1);
@@ -520,7 +535,8 @@ GtkWidget* PanelPageBuilder::illustration(const MenuBarIllustration& illustratio
 {
     GtkWidget* strip = horizontal(14);
     m_sheet.style(strip,
-        "background-color: " + PanelStyleSheet::css(m_card.background) + "; border-radius: 14px; border: " + PanelStyleSheet::pixels(m_card.borderWidth) + " solid "
+        "background-color: " + PanelStyleSheet::css(m_card.background)
+            + "; border-radius: 14px; border: " + PanelStyleSheet::pixels(m_card.borderWidth) + " solid "
             + PanelStyleSheet::css(m_card.border) + "; padding: 8px 16px;");
     GtkWidget* items = horizontal(14);
     gtk_widget_set_hexpand(items, TRUE);
@@ -528,8 +544,8 @@ GtkWidget* PanelPageBuilder::illustration(const MenuBarIllustration& illustratio
     add(items, icon(illustration.network));
     GtkWidget* lotus = horizontal(0);
     m_sheet.style(lotus,
-        "background-color: " + PanelStyleSheet::css(illustration.lotusBackground) + "; border-radius: " + PanelStyleSheet::pixels(illustration.lotusCornerRadius)
-            + "; padding: 3px 6px;");
+        "background-color: " + PanelStyleSheet::css(illustration.lotusBackground)
+            + "; border-radius: " + PanelStyleSheet::pixels(illustration.lotusCornerRadius) + "; padding: 3px 6px;");
     add(lotus, icon(illustration.lotus));
     add(items, lotus);
     GtkWidget* name = label(illustration.name);

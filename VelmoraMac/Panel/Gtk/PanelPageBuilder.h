@@ -46,7 +46,8 @@ public:
     // Text of the kind PanelText::Design describes, with fallbacks found on
     // any desktop.
     static constexpr const char* systemFamilies = "Inter, Cantarell, Noto Sans, DejaVu Sans, sans-serif";
-    static constexpr const char* serifFamilies = "Source Serif 4, Source Serif Pro, Noto Serif, Nimbus Roman, DejaVu Serif, serif";
+    static constexpr const char* serifFamilies
+        = "Source Serif 4, Source Serif Pro, Noto Serif, Nimbus Roman, DejaVu Serif, serif";
 
 private:
     [[nodiscard]] static GtkWidget* label(const PanelText& text);

@@ -36,25 +36,28 @@ PanelStyleSheet::PanelStyleSheet(std::string rootName, const PanelBody& body)
     // Without a compositor a window of its own cannot let the pond show
     // through: a translucent colour would only lie over the theme's grey.
     GdkScreen* screen = gdk_screen_get_default();
-    const Color background = screen != nullptr && gdk_screen_is_composited(screen) == FALSE ? body.background.withOpacity(1) : body.background;
-    m_base = root + " { background-color: " + css(background) + "; color: " + foreground + "; font-size: " + pixels(body.baseFontSize) + "; }\n"
-        + root + " scrolledwindow, " + root + " viewport { background: none; border: none; }\n"
-        + root + " button { background: none; border: none; box-shadow: none; text-shadow: none; -gtk-icon-shadow: none;"
-                 " padding: 0; margin: 0; min-height: 0; min-width: 0; border-radius: 0; color: "
-        + foreground + ";"
-                       " outline-color: "
-        + faint + "; outline-style: solid; outline-width: 2px; outline-offset: -2px; }\n"
-        + root + " button:disabled { opacity: 0.4; }\n"
-        + root + " button:active { opacity: 0.82; }\n"
-        + root + " spinbutton, " + root + " spinbutton entry, " + root + " spinbutton button { background: none; border: none;"
-                                                                         " box-shadow: none; text-shadow: none; -gtk-icon-shadow: none; color: "
-        + foreground + "; }\n"
-        + root + " spinbutton:disabled { opacity: 0.4; }\n"
-        + root + " spinbutton entry { padding: 6px 4px 6px 12px; min-height: 0; font-size: inherit; color: inherit; }\n"
-        + root + " spinbutton button { padding: 0 7px; min-width: 16px; }\n"
-        + root + " spinbutton button:last-child { padding-right: 10px; }\n"
-        + root + " scrollbar { background: none; border: none; }\n"
-        + root + " scrollbar slider { background-color: " + faint + "; border: none; min-width: 6px; }\n";
+    const Color background = screen != nullptr && gdk_screen_is_composited(screen) == FALSE
+        ? body.background.withOpacity(1)
+        : body.background;
+    m_base = root + " { background-color: " + css(background) + "; color: " + foreground
+        + "; font-size: " + pixels(body.baseFontSize) + "; }\n" + root + " scrolledwindow, " + root
+        + " viewport { background: none; border: none; }\n" + root
+        + " button { background: none; border: none; box-shadow: none; text-shadow: none; -gtk-icon-shadow: none;"
+          " padding: 0; margin: 0; min-height: 0; min-width: 0; border-radius: 0; color: "
+        + foreground
+        + ";"
+          " outline-color: "
+        + faint + "; outline-style: solid; outline-width: 2px; outline-offset: -2px; }\n" + root
+        + " button:disabled { opacity: 0.4; }\n" + root + " button:active { opacity: 0.82; }\n" + root + " spinbutton, "
+        + root + " spinbutton entry, " + root
+        + " spinbutton button { background: none; border: none;"
+          " box-shadow: none; text-shadow: none; -gtk-icon-shadow: none; color: "
+        + foreground + "; }\n" + root + " spinbutton:disabled { opacity: 0.4; }\n" + root
+        + " spinbutton entry { padding: 6px 4px 6px 12px; min-height: 0; font-size: inherit; color: inherit; }\n" + root
+        + " spinbutton button { padding: 0 7px; min-width: 16px; }\n" + root
+        + " spinbutton button:last-child { padding-right: 10px; }\n" + root
+        + " scrollbar { background: none; border: none; }\n" + root + " scrollbar slider { background-color: " + faint
+        + "; border: none; min-width: 6px; }\n";
 }
 
 std::string PanelStyleSheet::classFor(const std::string& declarations)
@@ -79,8 +82,8 @@ std::string PanelStyleSheet::text() const
 
 std::string PanelStyleSheet::css(Color color)
 {
-    return "rgba(" + std::to_string(channel(color.red)) + "," + std::to_string(channel(color.green)) + "," + std::to_string(channel(color.blue)) + ","
-        + number(std::clamp(color.opacity, 0.0, 1.0)) + ")";
+    return "rgba(" + std::to_string(channel(color.red)) + "," + std::to_string(channel(color.green)) + ","
+        + std::to_string(channel(color.blue)) + "," + number(std::clamp(color.opacity, 0.0, 1.0)) + ")";
 }
 
 std::string PanelStyleSheet::pixels(double value)

@@ -125,7 +125,9 @@ struct PanelWidget::State {
 
         GtkWidget* toplevel = gtk_widget_get_toplevel(root.get());
         GtkWidget* focused = GTK_IS_WINDOW(toplevel) ? gtk_window_get_focus(GTK_WINDOW(toplevel)) : nullptr;
-        const std::string focusKey = focused != nullptr && gtk_widget_is_ancestor(focused, root.get()) ? PanelPageBuilder::keyOf(focused) : std::string();
+        const std::string focusKey = focused != nullptr && gtk_widget_is_ancestor(focused, root.get())
+            ? PanelPageBuilder::keyOf(focused)
+            : std::string();
         GtkAdjustment* scroll = gtk_scrolled_window_get_vadjustment(GTK_SCROLLED_WINDOW(scroller));
         const double scrolled = gtk_adjustment_get_value(scroll);
 
@@ -157,8 +159,7 @@ struct PanelWidget::State {
             gtk_widget_grab_focus(primary);
     }
 
-    enum class Order : std::uint8_t { first,
-        last };
+    enum class Order : std::uint8_t { first, last };
 
     static GtkWidget* focusable(GtkWidget* widget, Order order)
     {
@@ -185,7 +186,8 @@ struct PanelWidget::State {
         if (text == styleText)
             return;
         GError* error = nullptr;
-        if (gtk_css_provider_load_from_data(provider.get(), text.c_str(), static_cast<gssize>(text.size()), &error) == FALSE) {
+        if (gtk_css_provider_load_from_data(provider.get(), text.c_str(), static_cast<gssize>(text.size()), &error)
+            == FALSE) {
             // The panel stays legible in the theme's own style.
             g_warning("Velmora panel: the style sheet was refused: %s", error != nullptr ? error->message : "");
             g_clear_error(&error);
@@ -235,7 +237,8 @@ PanelWidget::PanelWidget(std::shared_ptr<PanelContent> content)
 
     gtk_widget_show_all(root);
 
-    gtk_style_context_add_provider_for_screen(gdk_screen_get_default(), GTK_STYLE_PROVIDER(state.provider.get()), GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
+    gtk_style_context_add_provider_for_screen(
+        gdk_screen_get_default(), GTK_STYLE_PROVIDER(state.provider.get()), GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
     state.content->view().setOnNeedsDisplay([&state] { state.schedule(); });
     state.rebuildSafely();
 }

@@ -98,7 +98,8 @@ bool AutostartEntry::launches(std::string_view text)
     }
     if (g_key_file_has_group(file.get(), group) == FALSE)
         return false;
-    return !booleanKey(file.get(), G_KEY_FILE_DESKTOP_KEY_HIDDEN, false) && booleanKey(file.get(), "X-GNOME-Autostart-enabled", true);
+    return !booleanKey(file.get(), G_KEY_FILE_DESKTOP_KEY_HIDDEN, false)
+        && booleanKey(file.get(), "X-GNOME-Autostart-enabled", true);
 }
 
 } // namespace velmora

@@ -30,7 +30,8 @@ public:
         : m_connection(Connection::share(connection))
     {
         if (connection != nullptr)
-            m_id = g_dbus_connection_signal_subscribe(connection, match.sender, match.interfaceName, match.member, match.path, match.arg0, G_DBUS_SIGNAL_FLAGS_NONE, callback, data, nullptr);
+            m_id = g_dbus_connection_signal_subscribe(connection, match.sender, match.interfaceName, match.member,
+                match.path, match.arg0, G_DBUS_SIGNAL_FLAGS_NONE, callback, data, nullptr);
     }
 
     DBusSignalSubscription(const DBusSignalSubscription&) = delete;

@@ -41,7 +41,8 @@ public:
             return;
         }
         dbusmenu_menuitem_property_set(m_item.get(), DBUSMENU_MENUITEM_PROP_LABEL, labelOf(entry.title).c_str());
-        m_handler = g_signal_connect(m_item.get(), DBUSMENU_MENUITEM_SIGNAL_ITEM_ACTIVATED, G_CALLBACK(&DbusMenuPublisher::entryActivated), owner);
+        m_handler = g_signal_connect(m_item.get(), DBUSMENU_MENUITEM_SIGNAL_ITEM_ACTIVATED,
+            G_CALLBACK(&DbusMenuPublisher::entryActivated), owner);
     }
     Entry(const Entry&) = delete;
     Entry& operator=(const Entry&) = delete;
@@ -69,7 +70,8 @@ DbusMenuPublisher::DbusMenuPublisher(const char* objectPath, AboutToShow aboutTo
     , m_root(Item::adopt(dbusmenu_menuitem_new()))
     , m_server(Server::adopt(dbusmenu_server_new(objectPath)))
 {
-    m_aboutToShowHandler = g_signal_connect(m_root.get(), DBUSMENU_MENUITEM_SIGNAL_ABOUT_TO_SHOW, G_CALLBACK(&DbusMenuPublisher::rootAboutToShow), this);
+    m_aboutToShowHandler = g_signal_connect(
+        m_root.get(), DBUSMENU_MENUITEM_SIGNAL_ABOUT_TO_SHOW, G_CALLBACK(&DbusMenuPublisher::rootAboutToShow), this);
     dbusmenu_server_set_root(m_server.get(), m_root.get());
 }
 
@@ -96,9 +98,10 @@ void DbusMenuPublisher::publish(const std::vector<MenuItem>& entries)
 
 bool DbusMenuPublisher::sameShape(const std::vector<MenuItem>& entries) const
 {
-    return std::equal(entries.begin(), entries.end(), m_entries.begin(), m_entries.end(), [](const MenuItem& wanted, const std::unique_ptr<Entry>& published) {
-        return wanted.separator == published->entry().separator && wanted.title == published->entry().title;
-    });
+    return std::equal(entries.begin(), entries.end(), m_entries.begin(), m_entries.end(),
+        [](const MenuItem& wanted, const std::unique_ptr<Entry>& published) {
+            return wanted.separator == published->entry().separator && wanted.title == published->entry().title;
+        });
 }
 
 gboolean DbusMenuPublisher::rootAboutToShow(DbusmenuMenuitem* /*root*/, gpointer self)
@@ -113,7 +116,8 @@ gboolean DbusMenuPublisher::rootAboutToShow(DbusmenuMenuitem* /*root*/, gpointer
 void DbusMenuPublisher::entryActivated(DbusmenuMenuitem* item, guint /*timestamp*/, gpointer self)
 {
     auto* publisher = static_cast<DbusMenuPublisher*>(self);
-    const auto found = std::find_if(publisher->m_entries.begin(), publisher->m_entries.end(), [item](const std::unique_ptr<Entry>& entry) { return entry->item() == item; });
+    const auto found = std::find_if(publisher->m_entries.begin(), publisher->m_entries.end(),
+        [item](const std::unique_ptr<Entry>& entry) { return entry->item() == item; });
     if (found == publisher->m_entries.end() || !(*found)->entry().action || !publisher->m_chosen)
         return;
     publisher->m_chosen((*found)->entry().action);

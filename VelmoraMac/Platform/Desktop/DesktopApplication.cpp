@@ -108,8 +108,7 @@ public:
     Toplevels& operator=(Toplevels&&) = delete;
     ~Toplevels() { g_list_free(m_list); }
 
-    template <typename Visit>
-    void forEach(const Visit& visit) const
+    template <typename Visit> void forEach(const Visit& visit) const
     {
         for (GList* item = m_list; item != nullptr; item = item->next)
             visit(GTK_WINDOW(item->data));
@@ -123,7 +122,8 @@ private:
 // Linux: iconified, which presenting would undo) and not a popup.
 bool presentable(GtkWindow* window)
 {
-    if (window == nullptr || !gtk_widget_get_visible(GTK_WIDGET(window)) || gtk_window_get_window_type(window) != GTK_WINDOW_TOPLEVEL)
+    if (window == nullptr || !gtk_widget_get_visible(GTK_WIDGET(window))
+        || gtk_window_get_window_type(window) != GTK_WINDOW_TOPLEVEL)
         return false;
     GdkWindow* surface = gtk_widget_get_window(GTK_WIDGET(window));
     return surface == nullptr || (gdk_window_get_state(surface) & GDK_WINDOW_STATE_ICONIFIED) == 0;
@@ -189,7 +189,8 @@ struct DesktopApplication::State {
     GWeakRef lastFocused{};
 };
 
-DesktopApplication::DesktopApplication(std::shared_ptr<SystemNotificationHub> notifications, DesktopEventMonitors& monitors, const std::optional<std::string>& loginMarker)
+DesktopApplication::DesktopApplication(std::shared_ptr<SystemNotificationHub> notifications,
+    DesktopEventMonitors& monitors, const std::optional<std::string>& loginMarker)
     : m_notifications(std::move(notifications))
     , m_state(std::make_unique<State>(*this))
 {
@@ -345,7 +346,8 @@ void DesktopApplication::checkActivity()
     m_notifications->post(SystemNotification::applicationDidResignActive);
 }
 
-void DesktopApplication::runModalAlert(const std::string& message, const std::string& informativeText, const std::string& buttonTitle)
+void DesktopApplication::runModalAlert(
+    const std::string& message, const std::string& informativeText, const std::string& buttonTitle)
 {
     if (gdk_display_get_default() == nullptr) {
         writeToStandardError(message + "\n" + informativeText + "\n" + buttonTitle + "\n");
@@ -353,7 +355,8 @@ void DesktopApplication::runModalAlert(const std::string& message, const std::st
     }
     GtkWindow* parent = m_state->mostRecentWindow();
     const auto flags = static_cast<GtkDialogFlags>(GTK_DIALOG_MODAL | GTK_DIALOG_DESTROY_WITH_PARENT);
-    GtkWidget* dialog = gtk_message_dialog_new(parent, flags, GTK_MESSAGE_WARNING, GTK_BUTTONS_NONE, "%s", message.c_str());
+    GtkWidget* dialog
+        = gtk_message_dialog_new(parent, flags, GTK_MESSAGE_WARNING, GTK_BUTTONS_NONE, "%s", message.c_str());
     if (!informativeText.empty())
         gtk_message_dialog_format_secondary_text(GTK_MESSAGE_DIALOG(dialog), "%s", informativeText.c_str());
     // A plain label: gtk_dialog_add_button would read an underscore in the

@@ -49,7 +49,8 @@ public:
     // none when it is not set. Adds a focus filter to `monitors`, which
     // must outlive nothing of this (the filter goes with whichever goes
     // first).
-    DesktopApplication(std::shared_ptr<SystemNotificationHub> notifications, DesktopEventMonitors& monitors, const std::optional<std::string>& loginMarker = LoginLaunchMarker::processMarker());
+    DesktopApplication(std::shared_ptr<SystemNotificationHub> notifications, DesktopEventMonitors& monitors,
+        const std::optional<std::string>& loginMarker = LoginLaunchMarker::processMarker());
     DesktopApplication(const DesktopApplication&) = delete;
     DesktopApplication& operator=(const DesktopApplication&) = delete;
     DesktopApplication(DesktopApplication&&) = delete;
@@ -84,7 +85,8 @@ public:
     // A warning dialog with one button titled exactly `buttonTitle` (no
     // mnemonic), run modally in a loop of its own. Without a display the
     // texts go to standard error instead, so that they are not lost.
-    void runModalAlert(const std::string& message, const std::string& informativeText, const std::string& buttonTitle) override;
+    void runModalAlert(
+        const std::string& message, const std::string& informativeText, const std::string& buttonTitle) override;
     // Hides every window at once and ends the process with
     // exit(EXIT_SUCCESS) from the main loop, once the caller's event has
     // been handled: the library does not own main(), and the rendering

@@ -23,7 +23,8 @@ void unwatch(GtkWidget** pointer)
 
 } // namespace
 
-DesktopContentView::DesktopContentView(GtkWindow* window, DesktopEventMonitors& monitors, NotNullShared<GtkViewFactory> views)
+DesktopContentView::DesktopContentView(
+    GtkWindow* window, DesktopEventMonitors& monitors, NotNullShared<GtkViewFactory> views)
     : m_window(window)
     , m_monitors(monitors)
     , m_views(std::move(views))
@@ -49,7 +50,8 @@ Rect DesktopContentView::bounds() const
         return {};
     GtkWidget* child = gtk_bin_get_child(GTK_BIN(m_window));
     if (child != nullptr && gtk_widget_get_realized(child))
-        return {0, 0, static_cast<double>(gtk_widget_get_allocated_width(child)), static_cast<double>(gtk_widget_get_allocated_height(child))};
+        return {0, 0, static_cast<double>(gtk_widget_get_allocated_width(child)),
+            static_cast<double>(gtk_widget_get_allocated_height(child))};
     // Not laid out yet: the child will fill the window's content area.
     int width = 0;
     int height = 0;
@@ -121,7 +123,8 @@ const DesktopContentView::LaidOverlay* DesktopContentView::overlayAt(const GdkEv
         const LaidOverlay& laid = m_overlays[index];
         int offsetX = 0;
         int offsetY = 0;
-        if (laid.overlay->isHidden() || !gtk_widget_translate_coordinates(laid.view->widget(), GTK_WIDGET(m_window), 0, 0, &offsetX, &offsetY))
+        if (laid.overlay->isHidden()
+            || !gtk_widget_translate_coordinates(laid.view->widget(), GTK_WIDGET(m_window), 0, 0, &offsetX, &offsetY))
             continue;
         const Point point(button.x_root - originX - offsetX, button.y_root - originY - offsetY);
         if (laid.overlay->takesClick(point)) {

@@ -103,9 +103,11 @@ struct DesktopEventMonitors::State {
         double y = 0;
         double rootX = 0;
         double rootY = 0;
-        if (translating == nullptr || gdk_event_get_coords(translating, &x, &y) == FALSE || gdk_event_get_root_coords(translating, &rootX, &rootY) == FALSE)
+        if (translating == nullptr || gdk_event_get_coords(translating, &x, &y) == FALSE
+            || gdk_event_get_root_coords(translating, &rootX, &rootY) == FALSE)
             return found;
-        for (GdkWindow* inner = window; inner != nullptr && inner != toplevel; inner = gdk_window_get_effective_parent(inner))
+        for (GdkWindow* inner = window; inner != nullptr && inner != toplevel;
+             inner = gdk_window_get_effective_parent(inner))
             gdk_window_coords_to_parent(inner, x, y, &x, &y);
         found.contentOrigin = {rootX - x, rootY - y};
         return found;

@@ -36,10 +36,12 @@ Instant wallClockNow()
 }
 
 // The reply of a call to the bus or the server; null when it failed.
-GVariant* callSync(GDBusConnection* connection, const char* name, const char* path, const char* interfaceName, const char* method, GVariant* parameters, const GVariantType* replyType)
+GVariant* callSync(GDBusConnection* connection, const char* name, const char* path, const char* interfaceName,
+    const char* method, GVariant* parameters, const GVariantType* replyType)
 {
     GError* error = nullptr;
-    GVariant* reply = g_dbus_connection_call_sync(connection, name, path, interfaceName, method, parameters, replyType, G_DBUS_CALL_FLAGS_NONE, callTimeoutMilliseconds, nullptr, &error);
+    GVariant* reply = g_dbus_connection_call_sync(connection, name, path, interfaceName, method, parameters, replyType,
+        G_DBUS_CALL_FLAGS_NONE, callTimeoutMilliseconds, nullptr, &error);
     if (reply == nullptr)
         g_error_free(error);
     return reply;
@@ -87,15 +89,20 @@ DesktopNotificationCenter::~DesktopNotificationCenter()
 
 void DesktopNotificationCenter::start()
 {
-    m_alarm = std::make_unique<WallClockAlarm>(g_main_context_get_thread_default(), [this](WallClockAlarm::Reason /*reason*/) {
-        // Due or not, the clock is read again: after a clock change, what
-        // has come is posted and the rest waits anew. Queued, as every
-        // callback from GLib here is, so that a failure reaches the
-        // thread's failure handler instead of unwinding through GLib.
-        runGuarded([this] { enqueue([this] { postDue(); }); });
-    });
-    m_actionInvoked = std::make_unique<DBusSignalSubscription>(m_connection.get(), DBusSignalSubscription::Match{serverName, serverInterface, "ActionInvoked", serverPath, nullptr}, &DesktopNotificationCenter::actionInvoked, this);
-    m_notificationClosed = std::make_unique<DBusSignalSubscription>(m_connection.get(), DBusSignalSubscription::Match{serverName, serverInterface, "NotificationClosed", serverPath, nullptr}, &DesktopNotificationCenter::notificationClosed, this);
+    m_alarm = std::make_unique<WallClockAlarm>(
+        g_main_context_get_thread_default(), [this](WallClockAlarm::Reason /*reason*/) {
+            // Due or not, the clock is read again: after a clock change, what
+            // has come is posted and the rest waits anew. Queued, as every
+            // callback from GLib here is, so that a failure reaches the
+            // thread's failure handler instead of unwinding through GLib.
+            runGuarded([this] { enqueue([this] { postDue(); }); });
+        });
+    m_actionInvoked = std::make_unique<DBusSignalSubscription>(m_connection.get(),
+        DBusSignalSubscription::Match{serverName, serverInterface, "ActionInvoked", serverPath, nullptr},
+        &DesktopNotificationCenter::actionInvoked, this);
+    m_notificationClosed = std::make_unique<DBusSignalSubscription>(m_connection.get(),
+        DBusSignalSubscription::Match{serverName, serverInterface, "NotificationClosed", serverPath, nullptr},
+        &DesktopNotificationCenter::notificationClosed, this);
     watchServer();
     watchGnomeSwitch();
 }
@@ -107,8 +114,11 @@ void DesktopNotificationCenter::watchServer()
     // Subscribed before asking: the bus handles our messages in order, so a
     // change after the answer is told by a signal, and one before it is
     // told by both, which agree.
-    m_serverOwnerChanged = std::make_unique<DBusSignalSubscription>(m_connection.get(), DBusSignalSubscription::Match{busName, busInterface, "NameOwnerChanged", busPath, serverName}, &DesktopNotificationCenter::serverOwnerChanged, this);
-    if (GVariant* reply = callSync(m_connection.get(), busName, busPath, busInterface, "NameHasOwner", g_variant_new("(s)", serverName), G_VARIANT_TYPE("(b)"))) {
+    m_serverOwnerChanged = std::make_unique<DBusSignalSubscription>(m_connection.get(),
+        DBusSignalSubscription::Match{busName, busInterface, "NameOwnerChanged", busPath, serverName},
+        &DesktopNotificationCenter::serverOwnerChanged, this);
+    if (GVariant* reply = callSync(m_connection.get(), busName, busPath, busInterface, "NameHasOwner",
+            g_variant_new("(s)", serverName), G_VARIANT_TYPE("(b)"))) {
         gboolean owned = FALSE;
         g_variant_get(reply, "(b)", &owned);
         g_variant_unref(reply);
@@ -130,7 +140,8 @@ void DesktopNotificationCenter::watchGnomeSwitch()
     if (g_settings_schema_has_key(schema, "enable") != FALSE) {
         // Made on the centre's thread, so that its changes are told there.
         m_gnomeSettings = Settings::adopt(g_settings_new_full(schema, nullptr, gnomeSettingsPath));
-        m_gnomeSwitchChanged = std::make_unique<GLibSignal>(m_gnomeSettings.get(), "changed::enable", G_CALLBACK(&DesktopNotificationCenter::gnomeSwitchChanged), this);
+        m_gnomeSwitchChanged = std::make_unique<GLibSignal>(
+            m_gnomeSettings.get(), "changed::enable", G_CALLBACK(&DesktopNotificationCenter::gnomeSwitchChanged), this);
         m_gnomeAllows = g_settings_get_boolean(m_gnomeSettings.get(), "enable") != FALSE;
     }
     g_settings_schema_unref(schema);
@@ -178,7 +189,8 @@ void DesktopNotificationCenter::removeAllDelivered()
 {
     enqueue([this] {
         for (const auto& [id, identifier] : m_delivered) {
-            GVariant* reply = callSync(m_connection.get(), serverName, serverPath, serverInterface, "CloseNotification", g_variant_new("(u)", id), nullptr);
+            GVariant* reply = callSync(m_connection.get(), serverName, serverPath, serverInterface, "CloseNotification",
+                g_variant_new("(u)", id), nullptr);
             // A notification the user closed meanwhile, or a server that has
             // gone, leaves nothing to close.
             if (reply != nullptr)
@@ -226,7 +238,8 @@ NotificationAuthorizationStatus DesktopNotificationCenter::status() const
 bool DesktopNotificationCenter::serverActivatable() const
 {
     // Most desktops start their server only for the first notification.
-    GVariant* reply = callSync(m_connection.get(), busName, busPath, busInterface, "ListActivatableNames", nullptr, G_VARIANT_TYPE("(as)"));
+    GVariant* reply = callSync(
+        m_connection.get(), busName, busPath, busInterface, "ListActivatableNames", nullptr, G_VARIANT_TYPE("(as)"));
     if (reply == nullptr)
         return false;
     bool activatable = false;
@@ -247,7 +260,8 @@ void DesktopNotificationCenter::addNow(NotificationRequest request, const AddCom
     if (!firesAt) {
         error = "the trigger of \"" + request.identifier + "\" names no time";
     } else {
-        std::erase_if(m_pending, [&](const Pending& pending) { return pending.request.identifier == request.identifier; });
+        std::erase_if(
+            m_pending, [&](const Pending& pending) { return pending.request.identifier == request.identifier; });
         m_pending.push_back({std::move(request), *firesAt > wallClockNow() ? firesAt : std::nullopt, m_nextOrder++});
         arm();
     }
@@ -302,8 +316,10 @@ void DesktopNotificationCenter::post(const NotificationRequest& request)
     g_variant_builder_add(&hints, "{sv}", "desktop-entry", g_variant_new_string(desktopEntry));
     if (request.sound != NotificationSound::none)
         g_variant_builder_add(&hints, "{sv}", "sound-name", g_variant_new_string(soundName));
-    GVariant* parameters = g_variant_new("(susssasa{sv}i)", applicationName, 0U, iconName, request.title.c_str(), request.body.c_str(), &actions, &hints, -1);
-    GVariant* reply = callSync(m_connection.get(), serverName, serverPath, serverInterface, "Notify", parameters, G_VARIANT_TYPE("(u)"));
+    GVariant* parameters = g_variant_new("(susssasa{sv}i)", applicationName, 0U, iconName, request.title.c_str(),
+        request.body.c_str(), &actions, &hints, -1);
+    GVariant* reply = callSync(
+        m_connection.get(), serverName, serverPath, serverInterface, "Notify", parameters, G_VARIANT_TYPE("(u)"));
     // Without a server the reminder is lost; the status already says so.
     if (reply == nullptr)
         return;
@@ -338,7 +354,8 @@ void DesktopNotificationCenter::clicked(std::uint32_t id)
     m_clickFinished.notify_all();
 }
 
-void DesktopNotificationCenter::actionInvoked(GDBusConnection* /*connection*/, const gchar* /*sender*/, const gchar* /*path*/, const gchar* /*interfaceName*/, const gchar* /*signal*/, GVariant* parameters, gpointer self)
+void DesktopNotificationCenter::actionInvoked(GDBusConnection* /*connection*/, const gchar* /*sender*/,
+    const gchar* /*path*/, const gchar* /*interfaceName*/, const gchar* /*signal*/, GVariant* parameters, gpointer self)
 {
     if (g_variant_is_of_type(parameters, G_VARIANT_TYPE("(us)")) == FALSE)
         return;
@@ -351,7 +368,8 @@ void DesktopNotificationCenter::actionInvoked(GDBusConnection* /*connection*/, c
     runGuarded([center, id] { center->enqueue([center, id] { center->clicked(id); }); });
 }
 
-void DesktopNotificationCenter::notificationClosed(GDBusConnection* /*connection*/, const gchar* /*sender*/, const gchar* /*path*/, const gchar* /*interfaceName*/, const gchar* /*signal*/, GVariant* parameters, gpointer self)
+void DesktopNotificationCenter::notificationClosed(GDBusConnection* /*connection*/, const gchar* /*sender*/,
+    const gchar* /*path*/, const gchar* /*interfaceName*/, const gchar* /*signal*/, GVariant* parameters, gpointer self)
 {
     if (g_variant_is_of_type(parameters, G_VARIANT_TYPE("(uu)")) == FALSE)
         return;
@@ -362,7 +380,8 @@ void DesktopNotificationCenter::notificationClosed(GDBusConnection* /*connection
     static_cast<DesktopNotificationCenter*>(self)->m_delivered.erase(id);
 }
 
-void DesktopNotificationCenter::serverOwnerChanged(GDBusConnection* /*connection*/, const gchar* /*sender*/, const gchar* /*path*/, const gchar* /*interfaceName*/, const gchar* /*signal*/, GVariant* parameters, gpointer self)
+void DesktopNotificationCenter::serverOwnerChanged(GDBusConnection* /*connection*/, const gchar* /*sender*/,
+    const gchar* /*path*/, const gchar* /*interfaceName*/, const gchar* /*signal*/, GVariant* parameters, gpointer self)
 {
     if (g_variant_is_of_type(parameters, G_VARIANT_TYPE("(sss)")) == FALSE)
         return;

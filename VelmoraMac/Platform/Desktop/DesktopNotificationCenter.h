@@ -129,9 +129,12 @@ private:
     void post(const NotificationRequest& request);
     void clicked(std::uint32_t id);
 
-    static void actionInvoked(GDBusConnection* connection, const gchar* sender, const gchar* path, const gchar* interfaceName, const gchar* signal, GVariant* parameters, gpointer self);
-    static void notificationClosed(GDBusConnection* connection, const gchar* sender, const gchar* path, const gchar* interfaceName, const gchar* signal, GVariant* parameters, gpointer self);
-    static void serverOwnerChanged(GDBusConnection* connection, const gchar* sender, const gchar* path, const gchar* interfaceName, const gchar* signal, GVariant* parameters, gpointer self);
+    static void actionInvoked(GDBusConnection* connection, const gchar* sender, const gchar* path,
+        const gchar* interfaceName, const gchar* signal, GVariant* parameters, gpointer self);
+    static void notificationClosed(GDBusConnection* connection, const gchar* sender, const gchar* path,
+        const gchar* interfaceName, const gchar* signal, GVariant* parameters, gpointer self);
+    static void serverOwnerChanged(GDBusConnection* connection, const gchar* sender, const gchar* path,
+        const gchar* interfaceName, const gchar* signal, GVariant* parameters, gpointer self);
     static void gnomeSwitchChanged(GSettings* settings, const gchar* key, gpointer self);
 
     // Queues `operation` on the centre's thread.

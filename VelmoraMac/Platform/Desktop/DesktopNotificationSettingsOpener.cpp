@@ -7,16 +7,20 @@
 
 namespace velmora {
 
-DesktopNotificationSettingsOpener::DesktopNotificationSettingsOpener(std::vector<std::string> settingsCommand, CommandLauncher launcher, std::shared_ptr<DiagnosticLog> log)
+DesktopNotificationSettingsOpener::DesktopNotificationSettingsOpener(
+    std::vector<std::string> settingsCommand, CommandLauncher launcher, std::shared_ptr<DiagnosticLog> log)
     : m_settingsCommand(std::move(settingsCommand))
     , m_launcher(std::move(launcher))
     , m_log(std::move(log))
 {
 }
 
-NotNullShared<DesktopNotificationSettingsOpener> DesktopNotificationSettingsOpener::forThisSession(std::shared_ptr<DiagnosticLog> log)
+NotNullShared<DesktopNotificationSettingsOpener> DesktopNotificationSettingsOpener::forThisSession(
+    std::shared_ptr<DiagnosticLog> log)
 {
-    return NotNullShared<DesktopNotificationSettingsOpener>::make(settingsCommandFor(XdgBaseDirectory::environmentVariable("XDG_CURRENT_DESKTOP")), &launchDetached, std::move(log));
+    return NotNullShared<DesktopNotificationSettingsOpener>::make(
+        settingsCommandFor(XdgBaseDirectory::environmentVariable("XDG_CURRENT_DESKTOP")), &launchDetached,
+        std::move(log));
 }
 
 std::vector<std::string> DesktopNotificationSettingsOpener::settingsCommandFor(std::string_view currentDesktop)

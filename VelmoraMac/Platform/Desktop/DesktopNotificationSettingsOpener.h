@@ -26,7 +26,8 @@ public:
 
     // `settingsCommand` is the panel to start, empty where there is none;
     // `log` may be null.
-    DesktopNotificationSettingsOpener(std::vector<std::string> settingsCommand, CommandLauncher launcher, std::shared_ptr<DiagnosticLog> log);
+    DesktopNotificationSettingsOpener(
+        std::vector<std::string> settingsCommand, CommandLauncher launcher, std::shared_ptr<DiagnosticLog> log);
     // The panel of $XDG_CURRENT_DESKTOP, started through GLib.
     static NotNullShared<DesktopNotificationSettingsOpener> forThisSession(std::shared_ptr<DiagnosticLog> log);
 

@@ -49,7 +49,8 @@ std::shared_ptr<DesktopShellPlatform> DesktopShellPlatform::create(NotNullShared
             .systemNotifications = hub,
             .urlOpener = NotNullShared<DesktopUrlOpener>::make(),
         };
-        return std::shared_ptr<DesktopShellPlatform>(new DesktopShellPlatform(std::move(platform), DesktopSystemEvents::forThisSession(hub.shared()).shared()));
+        return std::shared_ptr<DesktopShellPlatform>(
+            new DesktopShellPlatform(std::move(platform), DesktopSystemEvents::forThisSession(hub.shared()).shared()));
     });
 }
 

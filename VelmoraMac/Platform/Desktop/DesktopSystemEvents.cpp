@@ -41,7 +41,8 @@ struct DesktopSystemEvents::InhibitCall {
     Cancellable cancellable = Cancellable::adopt(g_cancellable_new());
 };
 
-DesktopSystemEvents::DesktopSystemEvents(std::shared_ptr<SystemNotificationHub> hub, GDBusConnection* systemBus, GDBusConnection* sessionBus)
+DesktopSystemEvents::DesktopSystemEvents(
+    std::shared_ptr<SystemNotificationHub> hub, GDBusConnection* systemBus, GDBusConnection* sessionBus)
     : m_hub(std::move(hub))
     , m_systemBus(Connection::share(systemBus))
     , m_sessionBus(Connection::share(sessionBus))
@@ -52,10 +53,21 @@ DesktopSystemEvents::DesktopSystemEvents(std::shared_ptr<SystemNotificationHub> 
     // GLib calls back on the context that is thread-default when one
     // subscribes: made the default one here, whatever the caller pushed.
     g_main_context_push_thread_default(g_main_context_default());
-    m_sleep = std::make_unique<DBusSignalSubscription>(systemBus, DBusSignalSubscription::Match{logindName, logindManager, "PrepareForSleep", logindPath, nullptr}, &DesktopSystemEvents::prepareForSleep, this);
-    m_gnomeScreenSaver = std::make_unique<DBusSignalSubscription>(sessionBus, DBusSignalSubscription::Match{"org.gnome.ScreenSaver", "org.gnome.ScreenSaver", "ActiveChanged", "/org/gnome/ScreenSaver", nullptr}, &DesktopSystemEvents::screenSaverChanged, this);
-    m_freedesktopScreenSaver = std::make_unique<DBusSignalSubscription>(sessionBus, DBusSignalSubscription::Match{"org.freedesktop.ScreenSaver", "org.freedesktop.ScreenSaver", "ActiveChanged", "/ScreenSaver", nullptr}, &DesktopSystemEvents::screenSaverChanged, this);
-    m_timedate = std::make_unique<DBusSignalSubscription>(systemBus, DBusSignalSubscription::Match{timedateName, "org.freedesktop.DBus.Properties", "PropertiesChanged", timedatePath, timedateName}, &DesktopSystemEvents::timedatePropertiesChanged, this);
+    m_sleep = std::make_unique<DBusSignalSubscription>(systemBus,
+        DBusSignalSubscription::Match{logindName, logindManager, "PrepareForSleep", logindPath, nullptr},
+        &DesktopSystemEvents::prepareForSleep, this);
+    m_gnomeScreenSaver = std::make_unique<DBusSignalSubscription>(sessionBus,
+        DBusSignalSubscription::Match{
+            "org.gnome.ScreenSaver", "org.gnome.ScreenSaver", "ActiveChanged", "/org/gnome/ScreenSaver", nullptr},
+        &DesktopSystemEvents::screenSaverChanged, this);
+    m_freedesktopScreenSaver = std::make_unique<DBusSignalSubscription>(sessionBus,
+        DBusSignalSubscription::Match{
+            "org.freedesktop.ScreenSaver", "org.freedesktop.ScreenSaver", "ActiveChanged", "/ScreenSaver", nullptr},
+        &DesktopSystemEvents::screenSaverChanged, this);
+    m_timedate = std::make_unique<DBusSignalSubscription>(systemBus,
+        DBusSignalSubscription::Match{
+            timedateName, "org.freedesktop.DBus.Properties", "PropertiesChanged", timedatePath, timedateName},
+        &DesktopSystemEvents::timedatePropertiesChanged, this);
     watchLocaltime();
     takeInhibitor();
     g_main_context_pop_thread_default(g_main_context_default());
@@ -98,7 +110,8 @@ void DesktopSystemEvents::watchLocaltime()
         g_error_free(error);
         return;
     }
-    m_localtimeHandler = g_signal_connect(m_localtime.get(), "changed", G_CALLBACK(&DesktopSystemEvents::localtimeChanged), this);
+    m_localtimeHandler
+        = g_signal_connect(m_localtime.get(), "changed", G_CALLBACK(&DesktopSystemEvents::localtimeChanged), this);
 }
 
 void DesktopSystemEvents::takeInhibitor()
@@ -106,7 +119,10 @@ void DesktopSystemEvents::takeInhibitor()
     if (!m_systemBus || m_inhibitor >= 0 || m_inhibitCall != nullptr)
         return;
     m_inhibitCall = new InhibitCall{this}; // NOLINT(cppcoreguidelines-owning-memory): the answer deletes it
-    g_dbus_connection_call_with_unix_fd_list(m_systemBus.get(), logindName, logindPath, logindManager, "Inhibit", g_variant_new("(ssss)", "sleep", inhibitorWho, inhibitorWhy, "delay"), G_VARIANT_TYPE("(h)"), G_DBUS_CALL_FLAGS_NONE, -1, nullptr, m_inhibitCall->cancellable.get(), &DesktopSystemEvents::inhibitAnswered, m_inhibitCall);
+    g_dbus_connection_call_with_unix_fd_list(m_systemBus.get(), logindName, logindPath, logindManager, "Inhibit",
+        g_variant_new("(ssss)", "sleep", inhibitorWho, inhibitorWhy, "delay"), G_VARIANT_TYPE("(h)"),
+        G_DBUS_CALL_FLAGS_NONE, -1, nullptr, m_inhibitCall->cancellable.get(), &DesktopSystemEvents::inhibitAnswered,
+        m_inhibitCall);
 }
 
 void DesktopSystemEvents::releaseInhibitor()
@@ -123,7 +139,8 @@ void DesktopSystemEvents::inhibitAnswered(GObject* connection, GAsyncResult* res
     auto* inhibit = static_cast<InhibitCall*>(call);
     GUnixFDList* descriptors = nullptr;
     GError* error = nullptr;
-    GVariant* reply = g_dbus_connection_call_with_unix_fd_list_finish(G_DBUS_CONNECTION(connection), &descriptors, result, &error);
+    GVariant* reply
+        = g_dbus_connection_call_with_unix_fd_list_finish(G_DBUS_CONNECTION(connection), &descriptors, result, &error);
     int descriptor = -1;
     if (reply == nullptr) {
         // No logind, or one that refuses: sleep comes unannounced by us,
@@ -174,7 +191,8 @@ void DesktopSystemEvents::zoneMayHaveChanged()
     m_hub->post(SystemNotification::systemTimeZoneDidChange);
 }
 
-void DesktopSystemEvents::prepareForSleep(GDBusConnection* /*connection*/, const gchar* /*sender*/, const gchar* /*path*/, const gchar* /*interfaceName*/, const gchar* /*signal*/, GVariant* parameters, gpointer self)
+void DesktopSystemEvents::prepareForSleep(GDBusConnection* /*connection*/, const gchar* /*sender*/,
+    const gchar* /*path*/, const gchar* /*interfaceName*/, const gchar* /*signal*/, GVariant* parameters, gpointer self)
 {
     if (g_variant_is_of_type(parameters, G_VARIANT_TYPE("(b)")) == FALSE)
         return;
@@ -183,17 +201,21 @@ void DesktopSystemEvents::prepareForSleep(GDBusConnection* /*connection*/, const
     runGuarded([&] { static_cast<DesktopSystemEvents*>(self)->sleepAnnounced(beforeSleep != FALSE); });
 }
 
-void DesktopSystemEvents::screenSaverChanged(GDBusConnection* /*connection*/, const gchar* /*sender*/, const gchar* /*path*/, const gchar* /*interfaceName*/, const gchar* /*signal*/, GVariant* parameters, gpointer self)
+void DesktopSystemEvents::screenSaverChanged(GDBusConnection* /*connection*/, const gchar* /*sender*/,
+    const gchar* /*path*/, const gchar* /*interfaceName*/, const gchar* /*signal*/, GVariant* parameters, gpointer self)
 {
     if (g_variant_is_of_type(parameters, G_VARIANT_TYPE("(b)")) == FALSE)
         return;
     gboolean active = FALSE;
     g_variant_get(parameters, "(b)", &active);
     if (active != FALSE)
-        runGuarded([&] { static_cast<DesktopSystemEvents*>(self)->m_hub->post(SystemNotification::workspaceScreensDidSleep); });
+        runGuarded([&] {
+            static_cast<DesktopSystemEvents*>(self)->m_hub->post(SystemNotification::workspaceScreensDidSleep);
+        });
 }
 
-void DesktopSystemEvents::timedatePropertiesChanged(GDBusConnection* /*connection*/, const gchar* /*sender*/, const gchar* /*path*/, const gchar* /*interfaceName*/, const gchar* /*signal*/, GVariant* parameters, gpointer self)
+void DesktopSystemEvents::timedatePropertiesChanged(GDBusConnection* /*connection*/, const gchar* /*sender*/,
+    const gchar* /*path*/, const gchar* /*interfaceName*/, const gchar* /*signal*/, GVariant* parameters, gpointer self)
 {
     if (g_variant_is_of_type(parameters, G_VARIANT_TYPE("(sa{sv}as)")) == FALSE)
         return;
@@ -214,11 +236,13 @@ void DesktopSystemEvents::timedatePropertiesChanged(GDBusConnection* /*connectio
         runGuarded([&] { static_cast<DesktopSystemEvents*>(self)->zoneMayHaveChanged(); });
 }
 
-void DesktopSystemEvents::localtimeChanged(GFileMonitor* /*monitor*/, GFile* /*file*/, GFile* /*otherFile*/, GFileMonitorEvent event, gpointer self)
+void DesktopSystemEvents::localtimeChanged(
+    GFileMonitor* /*monitor*/, GFile* /*file*/, GFile* /*otherFile*/, GFileMonitorEvent event, gpointer self)
 {
     // The link or file replaced, written or removed; its permissions say
     // nothing about the zone.
-    if (event == G_FILE_MONITOR_EVENT_ATTRIBUTE_CHANGED || event == G_FILE_MONITOR_EVENT_PRE_UNMOUNT || event == G_FILE_MONITOR_EVENT_UNMOUNTED)
+    if (event == G_FILE_MONITOR_EVENT_ATTRIBUTE_CHANGED || event == G_FILE_MONITOR_EVENT_PRE_UNMOUNT
+        || event == G_FILE_MONITOR_EVENT_UNMOUNTED)
         return;
     runGuarded([&] { static_cast<DesktopSystemEvents*>(self)->zoneMayHaveChanged(); });
 }

@@ -38,7 +38,8 @@ public:
 
     // Listens on `systemBus` and `sessionBus` (message-bus connections;
     // either may be null).
-    DesktopSystemEvents(std::shared_ptr<SystemNotificationHub> hub, GDBusConnection* systemBus, GDBusConnection* sessionBus);
+    DesktopSystemEvents(
+        std::shared_ptr<SystemNotificationHub> hub, GDBusConnection* systemBus, GDBusConnection* sessionBus);
     // On the buses of this process; on none where a bus cannot be reached.
     static NotNullShared<DesktopSystemEvents> forThisSession(std::shared_ptr<SystemNotificationHub> hub);
 
@@ -62,10 +63,14 @@ private:
     void watchLocaltime();
 
     static void inhibitAnswered(GObject* connection, GAsyncResult* result, gpointer call);
-    static void prepareForSleep(GDBusConnection* connection, const gchar* sender, const gchar* path, const gchar* interfaceName, const gchar* signal, GVariant* parameters, gpointer self);
-    static void screenSaverChanged(GDBusConnection* connection, const gchar* sender, const gchar* path, const gchar* interfaceName, const gchar* signal, GVariant* parameters, gpointer self);
-    static void timedatePropertiesChanged(GDBusConnection* connection, const gchar* sender, const gchar* path, const gchar* interfaceName, const gchar* signal, GVariant* parameters, gpointer self);
-    static void localtimeChanged(GFileMonitor* monitor, GFile* file, GFile* otherFile, GFileMonitorEvent event, gpointer self);
+    static void prepareForSleep(GDBusConnection* connection, const gchar* sender, const gchar* path,
+        const gchar* interfaceName, const gchar* signal, GVariant* parameters, gpointer self);
+    static void screenSaverChanged(GDBusConnection* connection, const gchar* sender, const gchar* path,
+        const gchar* interfaceName, const gchar* signal, GVariant* parameters, gpointer self);
+    static void timedatePropertiesChanged(GDBusConnection* connection, const gchar* sender, const gchar* path,
+        const gchar* interfaceName, const gchar* signal, GVariant* parameters, gpointer self);
+    static void localtimeChanged(
+        GFileMonitor* monitor, GFile* file, GFile* otherFile, GFileMonitorEvent event, gpointer self);
 
     std::shared_ptr<SystemNotificationHub> m_hub;
     Connection m_systemBus;

@@ -12,7 +12,8 @@ namespace velmora {
 void DesktopUrlOpener::openURL(const std::string& url)
 {
     GdkDisplay* display = gdk_display_get_default();
-    GAppLaunchContext* context = display != nullptr ? G_APP_LAUNCH_CONTEXT(gdk_display_get_app_launch_context(display)) : g_app_launch_context_new();
+    GAppLaunchContext* context = display != nullptr ? G_APP_LAUNCH_CONTEXT(gdk_display_get_app_launch_context(display))
+                                                    : g_app_launch_context_new();
     // The browser was not started at login, whether this process was.
     g_app_launch_context_unsetenv(context, std::string(LoginLaunchMarker::variable).c_str());
     GError* error = nullptr;

@@ -53,7 +53,8 @@ bool maximizingIsTheWindowManagers(GtkWindow* window)
 
 } // namespace
 
-DesktopWindow::DesktopWindow(Kind kind, GtkWindow* window, std::shared_ptr<SystemNotificationHub> notifications, DesktopEventMonitors& monitors, NotNullShared<GtkViewFactory> views)
+DesktopWindow::DesktopWindow(Kind kind, GtkWindow* window, std::shared_ptr<SystemNotificationHub> notifications,
+    DesktopEventMonitors& monitors, NotNullShared<GtkViewFactory> views)
     : m_kind(kind)
     , m_ownedWindow(kind == Kind::panel ? WindowPointer::share(window) : WindowPointer())
     , m_window(window)
@@ -274,10 +275,12 @@ void DesktopWindow::applyAttributes()
     // A window manager reads the type only when the window is mapped; the
     // renderer's window keeps the type its owner gave it.
     if (m_kind == Kind::panel && !gtk_widget_get_mapped(GTK_WIDGET(m_window)))
-        gtk_window_set_type_hint(m_window, m_attributes.floatingPanel ? GDK_WINDOW_TYPE_HINT_UTILITY : GDK_WINDOW_TYPE_HINT_NORMAL);
+        gtk_window_set_type_hint(
+            m_window, m_attributes.floatingPanel ? GDK_WINDOW_TYPE_HINT_UTILITY : GDK_WINDOW_TYPE_HINT_NORMAL);
     if (m_kind == Kind::panel) {
         // Without a compositor the panel is drawn opaque, by its theme.
-        const bool clear = (m_attributes.clearBackground || !m_attributes.opaque) && gdk_screen_is_composited(gtk_widget_get_screen(GTK_WIDGET(m_window)));
+        const bool clear = (m_attributes.clearBackground || !m_attributes.opaque)
+            && gdk_screen_is_composited(gtk_widget_get_screen(GTK_WIDGET(m_window)));
         gtk_widget_set_app_paintable(GTK_WIDGET(m_window), clear ? TRUE : FALSE);
     }
     applyToGdkWindow();
@@ -388,7 +391,8 @@ void DesktopWindow::onConfigured(const GdkEventConfigure& event)
     const std::optional<Rect> actual = actualFrame();
     if (!actual)
         return;
-    const Size decorations(std::max(0.0, actual->width() - event.width), std::max(0.0, actual->height() - event.height));
+    const Size decorations(
+        std::max(0.0, actual->width() - event.width), std::max(0.0, actual->height() - event.height));
     if (decorations != m_decorations) {
         m_decorations = decorations;
         // Asked for before the title bar's size was known: ask again.
@@ -428,7 +432,8 @@ bool DesktopWindow::isMiniaturized() const
     if (m_embeddedIn != nullptr)
         return m_embeddedIn->isMiniaturized();
     GdkWindow* gdkWindow = m_window != nullptr ? gtk_widget_get_window(GTK_WIDGET(m_window)) : nullptr;
-    return gdkWindow != nullptr && gtk_widget_get_visible(GTK_WIDGET(m_window)) && (gdk_window_get_state(gdkWindow) & GDK_WINDOW_STATE_ICONIFIED) != 0;
+    return gdkWindow != nullptr && gtk_widget_get_visible(GTK_WIDGET(m_window))
+        && (gdk_window_get_state(gdkWindow) & GDK_WINDOW_STATE_ICONIFIED) != 0;
 }
 
 void DesktopWindow::deminiaturize()
@@ -531,7 +536,8 @@ void DesktopWindow::toggleFullScreen()
         return;
     m_transition = true;
     m_enteringFullScreen = !m_fullScreen;
-    post(m_enteringFullScreen ? SystemNotification::windowWillEnterFullScreen : SystemNotification::windowWillExitFullScreen);
+    post(m_enteringFullScreen ? SystemNotification::windowWillEnterFullScreen
+                              : SystemNotification::windowWillExitFullScreen);
     // An observer may have destroyed the window or ended the transition.
     if (m_window == nullptr || !m_transition)
         return;
@@ -546,7 +552,8 @@ void DesktopWindow::finishFullScreen()
 {
     stopPatience();
     m_transition = false;
-    post(m_enteringFullScreen ? SystemNotification::windowDidEnterFullScreen : SystemNotification::windowDidExitFullScreen);
+    post(m_enteringFullScreen ? SystemNotification::windowDidEnterFullScreen
+                              : SystemNotification::windowDidExitFullScreen);
 }
 
 void DesktopWindow::startPatience()
@@ -591,8 +598,10 @@ void DesktopWindow::onStateChanged(GdkWindowState changed, GdkWindowState state)
             finishFullScreen();
         } else {
             m_enteringFullScreen = m_fullScreen;
-            post(m_fullScreen ? SystemNotification::windowWillEnterFullScreen : SystemNotification::windowWillExitFullScreen);
-            post(m_fullScreen ? SystemNotification::windowDidEnterFullScreen : SystemNotification::windowDidExitFullScreen);
+            post(m_fullScreen ? SystemNotification::windowWillEnterFullScreen
+                              : SystemNotification::windowWillExitFullScreen);
+            post(m_fullScreen ? SystemNotification::windowDidEnterFullScreen
+                              : SystemNotification::windowDidExitFullScreen);
         }
     }
     if (m_window == nullptr)
@@ -608,7 +617,8 @@ void DesktopWindow::onStateChanged(GdkWindowState changed, GdkWindowState state)
     if (m_window == nullptr)
         return;
     const auto zoom = m_buttonActions.find(WindowButton::zoom);
-    if ((changed & state & GDK_WINDOW_STATE_MAXIMIZED) != 0 && zoom != m_buttonActions.end() && !m_fullScreen && !maximizingIsTheWindowManagers(m_window)) {
+    if ((changed & state & GDK_WINDOW_STATE_MAXIMIZED) != 0 && zoom != m_buttonActions.end() && !m_fullScreen
+        && !maximizingIsTheWindowManagers(m_window)) {
         gtk_window_unmaximize(m_window);
         // A copy: the action may replace itself.
         const Action action = zoom->second;
@@ -668,7 +678,8 @@ gboolean DesktopWindow::deleted(GtkWidget* /*widget*/, GdkEvent* /*event*/, gpoi
 {
     auto* window = static_cast<DesktopWindow*>(self);
     try {
-        if (const auto close = window->m_buttonActions.find(WindowButton::close); close != window->m_buttonActions.end()) {
+        if (const auto close = window->m_buttonActions.find(WindowButton::close);
+            close != window->m_buttonActions.end()) {
             const Action action = close->second;
             action();
             return TRUE;

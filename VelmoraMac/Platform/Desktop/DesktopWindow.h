@@ -85,7 +85,8 @@ public:
 
     static constexpr std::chrono::milliseconds fullScreenPatience{2000};
 
-    DesktopWindow(Kind kind, GtkWindow* window, std::shared_ptr<SystemNotificationHub> notifications, DesktopEventMonitors& monitors, NotNullShared<GtkViewFactory> views);
+    DesktopWindow(Kind kind, GtkWindow* window, std::shared_ptr<SystemNotificationHub> notifications,
+        DesktopEventMonitors& monitors, NotNullShared<GtkViewFactory> views);
     DesktopWindow(const DesktopWindow&) = delete;
     DesktopWindow& operator=(const DesktopWindow&) = delete;
     DesktopWindow(DesktopWindow&&) = delete;

@@ -34,7 +34,8 @@ Rect DesktopWindowCoordinates::toScreen(const GdkRectangle& global, GdkDisplay* 
 {
     const GdkRectangle primary = primaryMonitorGeometry(display);
     const int bottom = primary.y + primary.height;
-    return {static_cast<double>(global.x - primary.x), static_cast<double>(bottom - (global.y + global.height)), static_cast<double>(global.width), static_cast<double>(global.height)};
+    return {static_cast<double>(global.x - primary.x), static_cast<double>(bottom - (global.y + global.height)),
+        static_cast<double>(global.width), static_cast<double>(global.height)};
 }
 
 GdkRectangle DesktopWindowCoordinates::toGlobal(const Rect& screen, GdkDisplay* display)

@@ -12,14 +12,17 @@
 
 namespace velmora {
 
-DesktopWindowSystem::DesktopWindowSystem(std::shared_ptr<SystemNotificationHub> notifications, DesktopEventMonitors& monitors, NotNullShared<GtkViewFactory> views)
+DesktopWindowSystem::DesktopWindowSystem(std::shared_ptr<SystemNotificationHub> notifications,
+    DesktopEventMonitors& monitors, NotNullShared<GtkViewFactory> views)
     : m_notifications(std::move(notifications))
     , m_monitors(monitors)
     , m_views(std::move(views))
 {
     if (GdkScreen* screen = gdk_screen_get_default()) {
-        m_signals.push_back(std::make_unique<GLibSignal>(screen, "monitors-changed", G_CALLBACK(&DesktopWindowSystem::screenChanged), this));
-        m_signals.push_back(std::make_unique<GLibSignal>(screen, "size-changed", G_CALLBACK(&DesktopWindowSystem::screenChanged), this));
+        m_signals.push_back(std::make_unique<GLibSignal>(
+            screen, "monitors-changed", G_CALLBACK(&DesktopWindowSystem::screenChanged), this));
+        m_signals.push_back(std::make_unique<GLibSignal>(
+            screen, "size-changed", G_CALLBACK(&DesktopWindowSystem::screenChanged), this));
     }
     m_monitors.setWindowLookup([this](GdkWindow* toplevel) { return windowFor(toplevel); });
 }
@@ -36,7 +39,8 @@ DesktopWindowSystem::~DesktopWindowSystem()
 void DesktopWindowSystem::screenChanged(GdkScreen* /*screen*/, gpointer self)
 {
     try {
-        static_cast<DesktopWindowSystem*>(self)->m_notifications->post(SystemNotification::applicationDidChangeScreenParameters);
+        static_cast<DesktopWindowSystem*>(self)->m_notifications->post(
+            SystemNotification::applicationDidChangeScreenParameters);
     } catch (...) {
         GLibSignal::reportFailure("following the screens");
     }
@@ -56,9 +60,11 @@ void DesktopWindowSystem::adoptRendererWindow() const
     for (GList* entry = toplevels; entry != nullptr; entry = entry->next) {
         auto* window = static_cast<GtkWindow*>(entry->data);
         // Menus, tooltips and other pop-ups are toplevels too.
-        if (gtk_window_get_window_type(window) != GTK_WINDOW_TOPLEVEL || isPanel(window) || gtk_bin_get_child(GTK_BIN(window)) == nullptr)
+        if (gtk_window_get_window_type(window) != GTK_WINDOW_TOPLEVEL || isPanel(window)
+            || gtk_bin_get_child(GTK_BIN(window)) == nullptr)
             continue;
-        m_adopted = std::make_shared<DesktopWindow>(DesktopWindow::Kind::adopted, window, m_notifications, m_monitors, m_views);
+        m_adopted = std::make_shared<DesktopWindow>(
+            DesktopWindow::Kind::adopted, window, m_notifications, m_monitors, m_views);
         break;
     }
     g_list_free(toplevels);
@@ -71,7 +77,8 @@ std::vector<std::shared_ptr<DesktopWindow>> DesktopWindowSystem::liveWindows() c
     if (m_adopted)
         windows.push_back(m_adopted);
     windows.insert(windows.end(), m_panels.begin(), m_panels.end());
-    std::ranges::stable_sort(windows, [](const auto& first, const auto& second) { return first->frontOrder() > second->frontOrder(); });
+    std::ranges::stable_sort(
+        windows, [](const auto& first, const auto& second) { return first->frontOrder() > second->frontOrder(); });
     return windows;
 }
 
@@ -95,7 +102,9 @@ std::optional<Screen> DesktopWindowSystem::mainScreen() const
         if (!window->isKeyWindow())
             continue;
         const Rect frame = window->frame();
-        const auto holding = std::ranges::find_if(screens, [&frame](const Screen& screen) { return screen.frame.contains({frame.midX(), frame.midY()}); });
+        const auto holding = std::ranges::find_if(screens, [&frame](const Screen& screen) {
+            return screen.frame.contains({frame.midX(), frame.midY()});
+        });
         if (holding != screens.end())
             return *holding;
     }
@@ -113,7 +122,8 @@ std::shared_ptr<Window> DesktopWindowSystem::createPanel(const Rect& frame, cons
     const GdkRectangle global = DesktopWindowCoordinates::toGlobal(frame, gdk_screen_get_display(screen));
     gtk_window_set_default_size(GTK_WINDOW(widget), std::max(1, global.width), std::max(1, global.height));
     gtk_window_move(GTK_WINDOW(widget), global.x, global.y);
-    auto panel = std::make_shared<DesktopWindow>(DesktopWindow::Kind::panel, GTK_WINDOW(widget), m_notifications, m_monitors, m_views);
+    auto panel = std::make_shared<DesktopWindow>(
+        DesktopWindow::Kind::panel, GTK_WINDOW(widget), m_notifications, m_monitors, m_views);
 #ifdef GDK_WINDOWING_WAYLAND
     // The compositor would place a panel of its own anywhere, at any size:
     // it lies in the renderer's window instead.

@@ -39,7 +39,8 @@ class SystemNotificationHub;
 // Main thread only (GTK's), and only once GTK is initialised.
 class DesktopWindowSystem final : public WindowSystem {
 public:
-    DesktopWindowSystem(std::shared_ptr<SystemNotificationHub> notifications, DesktopEventMonitors& monitors, NotNullShared<GtkViewFactory> views);
+    DesktopWindowSystem(std::shared_ptr<SystemNotificationHub> notifications, DesktopEventMonitors& monitors,
+        NotNullShared<GtkViewFactory> views);
     DesktopWindowSystem(const DesktopWindowSystem&) = delete;
     DesktopWindowSystem& operator=(const DesktopWindowSystem&) = delete;
     DesktopWindowSystem(DesktopWindowSystem&&) = delete;

@@ -13,13 +13,16 @@ bool launchDetached(const std::vector<std::string>& command)
     std::vector<gchar*> argv;
     argv.reserve(command.size() + 1);
     for (const std::string& argument : command)
-        argv.push_back(const_cast<gchar*>(argument.c_str())); // NOLINT(cppcoreguidelines-pro-type-const-cast): GLib only reads it
+        argv.push_back(
+            const_cast<gchar*>(argument.c_str())); // NOLINT(cppcoreguidelines-pro-type-const-cast): GLib only reads it
     argv.push_back(nullptr);
     // Started at login or not, what this process starts was not.
     gchar** environment = LoginLaunchMarker::withoutMarker(g_get_environ());
     GError* error = nullptr;
-    const auto flags = static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL | G_SPAWN_STDERR_TO_DEV_NULL);
-    const bool started = g_spawn_async(nullptr, argv.data(), environment, flags, nullptr, nullptr, nullptr, &error) != FALSE;
+    const auto flags
+        = static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL | G_SPAWN_STDERR_TO_DEV_NULL);
+    const bool started
+        = g_spawn_async(nullptr, argv.data(), environment, flags, nullptr, nullptr, nullptr, &error) != FALSE;
     g_strfreev(environment);
     if (!started)
         g_error_free(error);

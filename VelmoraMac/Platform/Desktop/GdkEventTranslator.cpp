@@ -95,8 +95,8 @@ std::uint16_t GdkEventTranslator::keyCode(std::uint16_t hardwareKeycode, guint k
         break;
     }
     const std::uint16_t byPlace = keyCode(hardwareKeycode);
-    const bool symbolKey = byPlace == KeyCode::escape || byPlace == KeyCode::leftArrow || byPlace == KeyCode::rightArrow || byPlace == KeyCode::downArrow
-        || byPlace == KeyCode::upArrow;
+    const bool symbolKey = byPlace == KeyCode::escape || byPlace == KeyCode::leftArrow || byPlace == KeyCode::rightArrow
+        || byPlace == KeyCode::downArrow || byPlace == KeyCode::upArrow;
     const bool outside = byPlace >= otherKeyOffset;
     if (!symbolKey && !outside)
         return byPlace;
@@ -157,7 +157,8 @@ std::optional<InputEvent> GdkEventTranslator::translate(const GdkEvent& event)
     case GDK_MOTION_NOTIFY: {
         const GdkEventMotion& motion = event.motion;
         InputEvent translated;
-        translated.type = (motion.state & GDK_BUTTON1_MASK) != 0 ? InputEventType::leftMouseDragged : InputEventType::mouseMoved;
+        translated.type
+            = (motion.state & GDK_BUTTON1_MASK) != 0 ? InputEventType::leftMouseDragged : InputEventType::mouseMoved;
         translated.modifierFlags = modifierFlags(motion.state);
         place(translated, motion.window, motion.x_root, motion.y_root);
         return translated;

@@ -7,8 +7,7 @@ namespace velmora {
 // Runs `work` inside a callback from GLib, which no exception may cross.
 // One that escapes has nobody left to report to: the process ends with the
 // exception printed, as it does for a failed task of the main thread.
-template <typename Work>
-void runGuarded(const Work& work) noexcept
+template <typename Work> void runGuarded(const Work& work) noexcept
 {
     try {
         work();

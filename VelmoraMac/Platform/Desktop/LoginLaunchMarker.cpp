@@ -15,7 +15,8 @@ LaunchEvent LoginLaunchMarker::launchEvent(const std::optional<std::string>& mar
     return event;
 }
 
-std::vector<std::string> LoginLaunchMarker::loginCommand(const std::string& executable, const std::vector<std::string>& arguments)
+std::vector<std::string> LoginLaunchMarker::loginCommand(
+    const std::string& executable, const std::vector<std::string>& arguments)
 {
     std::vector<std::string> command{"env", std::string(variable) + "=" + std::string(value), executable};
     if (arguments.size() > 1)

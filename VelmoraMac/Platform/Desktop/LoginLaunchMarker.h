@@ -34,7 +34,8 @@ public:
     // What the autostart entry runs: env(1) setting the marker, then
     // `executable` with the arguments this process was started with
     // (argv[0] first, and left out).
-    static std::vector<std::string> loginCommand(const std::string& executable, const std::vector<std::string>& arguments);
+    static std::vector<std::string> loginCommand(
+        const std::string& executable, const std::vector<std::string>& arguments);
 
     // This process's arguments, argv[0] first, from /proc/self/cmdline;
     // empty when that cannot be read.

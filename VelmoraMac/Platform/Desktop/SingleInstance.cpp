@@ -25,7 +25,9 @@ constexpr gint callTimeoutMilliseconds = 5000;
 bool callForNumber(GDBusConnection* connection, const char* method, GVariant* parameters, guint& number)
 {
     GError* error = nullptr;
-    GVariant* reply = g_dbus_connection_call_sync(connection, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", method, parameters, G_VARIANT_TYPE("(u)"), G_DBUS_CALL_FLAGS_NONE, callTimeoutMilliseconds, nullptr, &error);
+    GVariant* reply = g_dbus_connection_call_sync(connection, "org.freedesktop.DBus", "/org/freedesktop/DBus",
+        "org.freedesktop.DBus", method, parameters, G_VARIANT_TYPE("(u)"), G_DBUS_CALL_FLAGS_NONE,
+        callTimeoutMilliseconds, nullptr, &error);
     if (reply == nullptr) {
         g_error_free(error);
         return false;
@@ -43,7 +45,8 @@ SingleInstance::SingleInstance(GDBusConnection* connection, ReopenHandler handle
 {
 }
 
-std::unique_ptr<SingleInstance> SingleInstance::claim(GDBusConnection* connection, ReopenHandler handler, Claim& claimed)
+std::unique_ptr<SingleInstance> SingleInstance::claim(
+    GDBusConnection* connection, ReopenHandler handler, Claim& claimed)
 {
     claimed = Claim::unknown;
     if (connection == nullptr)
@@ -54,7 +57,8 @@ std::unique_ptr<SingleInstance> SingleInstance::claim(GDBusConnection* connectio
     // must find Reopen there.
     GDBusNodeInfo* node = g_dbus_node_info_new_for_xml(introspection, nullptr);
     static const GDBusInterfaceVTable table = {&SingleInstance::methodCalled, nullptr, nullptr, {}};
-    instance->m_registration = g_dbus_connection_register_object(connection, objectPath, node->interfaces[0], &table, instance.get(), nullptr, nullptr);
+    instance->m_registration = g_dbus_connection_register_object(
+        connection, objectPath, node->interfaces[0], &table, instance.get(), nullptr, nullptr);
     g_dbus_node_info_unref(node);
     if (instance->m_registration == 0)
         return nullptr;
@@ -68,7 +72,8 @@ std::unique_ptr<SingleInstance> SingleInstance::claim(GDBusConnection* connectio
         return instance;
     }
     GError* error = nullptr;
-    GVariant* reply = g_dbus_connection_call_sync(connection, busName, objectPath, interfaceName, "Reopen", nullptr, nullptr, G_DBUS_CALL_FLAGS_NONE, callTimeoutMilliseconds, nullptr, &error);
+    GVariant* reply = g_dbus_connection_call_sync(connection, busName, objectPath, interfaceName, "Reopen", nullptr,
+        nullptr, G_DBUS_CALL_FLAGS_NONE, callTimeoutMilliseconds, nullptr, &error);
     if (reply == nullptr) {
         // The other one holds the name but does not answer: this one runs,
         // rather than leave the user with nothing.
@@ -91,7 +96,9 @@ SingleInstance::~SingleInstance()
     }
 }
 
-void SingleInstance::methodCalled(GDBusConnection* /*connection*/, const gchar* /*sender*/, const gchar* /*path*/, const gchar* /*interface*/, const gchar* /*method*/, GVariant* /*parameters*/, GDBusMethodInvocation* invocation, gpointer self)
+void SingleInstance::methodCalled(GDBusConnection* /*connection*/, const gchar* /*sender*/, const gchar* /*path*/,
+    const gchar* /*interface*/, const gchar* /*method*/, GVariant* /*parameters*/, GDBusMethodInvocation* invocation,
+    gpointer self)
 {
     // Reopen is the interface's only method; GDBus refuses any other.
     g_dbus_method_invocation_return_value(invocation, nullptr);

@@ -53,7 +53,9 @@ private:
     using Connection = GLibPointer<GDBusConnection, g_object_ref, g_object_unref>;
 
     SingleInstance(GDBusConnection* connection, ReopenHandler handler);
-    static void methodCalled(GDBusConnection* connection, const gchar* sender, const gchar* path, const gchar* interface, const gchar* method, GVariant* parameters, GDBusMethodInvocation* invocation, gpointer self);
+    static void methodCalled(GDBusConnection* connection, const gchar* sender, const gchar* path,
+        const gchar* interface, const gchar* method, GVariant* parameters, GDBusMethodInvocation* invocation,
+        gpointer self);
 
     Connection m_connection;
     ReopenHandler m_handler;

@@ -53,7 +53,8 @@ PixbufPointer decode(std::string_view bytes)
     GdkPixbufLoader* loader = gdk_pixbuf_loader_new();
     GError* error = nullptr;
     // A failed write closes the loader itself.
-    bool decoded = gdk_pixbuf_loader_write(loader, reinterpret_cast<const guchar*>(bytes.data()), bytes.size(), &error) != FALSE;
+    bool decoded
+        = gdk_pixbuf_loader_write(loader, reinterpret_cast<const guchar*>(bytes.data()), bytes.size(), &error) != FALSE;
     if (decoded)
         decoded = gdk_pixbuf_loader_close(loader, &error) != FALSE;
     PixbufPointer image;
@@ -85,10 +86,12 @@ std::vector<std::uint8_t> coverage(GdkPixbuf* image, int width, int height, int 
     const int innerHeight = std::max(1, height - 2 * margin);
     const int sourceWidth = gdk_pixbuf_get_width(image);
     const int sourceHeight = gdk_pixbuf_get_height(image);
-    const double scale = std::min(static_cast<double>(innerWidth) / sourceWidth, static_cast<double>(innerHeight) / sourceHeight);
+    const double scale
+        = std::min(static_cast<double>(innerWidth) / sourceWidth, static_cast<double>(innerHeight) / sourceHeight);
     const int scaledWidth = std::clamp(static_cast<int>(std::lround(sourceWidth * scale)), 1, innerWidth);
     const int scaledHeight = std::clamp(static_cast<int>(std::lround(sourceHeight * scale)), 1, innerHeight);
-    const PixbufPointer scaled = PixbufPointer::adopt(gdk_pixbuf_scale_simple(image, scaledWidth, scaledHeight, GDK_INTERP_HYPER));
+    const PixbufPointer scaled
+        = PixbufPointer::adopt(gdk_pixbuf_scale_simple(image, scaledWidth, scaledHeight, GDK_INTERP_HYPER));
     if (!scaled)
         return alpha; // Out of memory for a few pixels: an empty picture.
     const guint8* pixels = gdk_pixbuf_read_pixels(scaled.get());
@@ -99,7 +102,8 @@ std::vector<std::uint8_t> coverage(GdkPixbuf* image, int width, int height, int 
     for (int y = 0; y < scaledHeight; ++y) {
         for (int x = 0; x < scaledWidth; ++x) {
             const std::size_t from = static_cast<std::size_t>(y) * stride + static_cast<std::size_t>(x) * channels + 3;
-            const auto to = static_cast<std::size_t>(top + y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(left + x);
+            const auto to = static_cast<std::size_t>(top + y) * static_cast<std::size_t>(width)
+                + static_cast<std::size_t>(left + x);
             alpha[to] = pixels[from];
         }
     }
@@ -120,7 +124,9 @@ std::vector<std::uint8_t> dilated(const std::vector<std::uint8_t>& alpha, int wi
                     const int ny = y + dy;
                     if (dx * dx + dy * dy > reach || nx < 0 || ny < 0 || nx >= width || ny >= height)
                         continue;
-                    most = std::max(most, alpha[static_cast<std::size_t>(ny) * static_cast<std::size_t>(width) + static_cast<std::size_t>(nx)]);
+                    most = std::max(most,
+                        alpha[static_cast<std::size_t>(ny) * static_cast<std::size_t>(width)
+                            + static_cast<std::size_t>(nx)]);
                 }
             }
             grown[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x)] = most;
@@ -165,7 +171,8 @@ StatusNotifierIcon StatusNotifierIcon::fromTemplate(std::string_view png, Size s
     StatusNotifierIcon icon;
     const PixbufPointer image = decode(png);
     if (!image) {
-        icon.m_pixmaps.push_back(sized ? transparent(pixelsOf(size.width), pixelsOf(size.height)) : transparent(unsizedSide, unsizedSide));
+        icon.m_pixmaps.push_back(
+            sized ? transparent(pixelsOf(size.width), pixelsOf(size.height)) : transparent(unsizedSide, unsizedSide));
         return icon;
     }
     for (const int height : heights)

@@ -80,9 +80,11 @@ StatusNotifierItem::StatusNotifierItem(GDBusConnection* bus, double length)
     if (bus == nullptr)
         return;
     GDBusNodeInfo* node = g_dbus_node_info_new_for_xml(introspection, nullptr);
-    static const GDBusInterfaceVTable table = {&StatusNotifierItem::methodCalled, &StatusNotifierItem::propertyRead, nullptr, {}};
+    static const GDBusInterfaceVTable table
+        = {&StatusNotifierItem::methodCalled, &StatusNotifierItem::propertyRead, nullptr, {}};
     GError* error = nullptr;
-    m_registration = g_dbus_connection_register_object(bus, objectPath, node->interfaces[0], &table, this, nullptr, &error);
+    m_registration
+        = g_dbus_connection_register_object(bus, objectPath, node->interfaces[0], &table, this, nullptr, &error);
     g_dbus_node_info_unref(node);
     if (m_registration == 0) {
         // Another item of ours is shown on this connection; this one keeps
@@ -91,10 +93,13 @@ StatusNotifierItem::StatusNotifierItem(GDBusConnection* bus, double length)
         return;
     }
     m_publisher = std::make_unique<DbusMenuPublisher>(
-        menuPath, [this] { refreshMenuForHost(); }, [this](MenuItem::Action action) { m_queue.post(std::move(action)); });
+        menuPath, [this] { refreshMenuForHost(); },
+        [this](MenuItem::Action action) { m_queue.post(std::move(action)); });
     publishMenu();
-    m_nameOwnership = g_bus_own_name_on_connection(bus, m_busName.c_str(), G_BUS_NAME_OWNER_FLAGS_NONE, &StatusNotifierItem::nameAcquired, &StatusNotifierItem::nameLost, this, nullptr);
-    m_watcherWatch = g_bus_watch_name_on_connection(bus, watcherName, G_BUS_NAME_WATCHER_FLAGS_NONE, &StatusNotifierItem::watcherAppeared, &StatusNotifierItem::watcherVanished, this, nullptr);
+    m_nameOwnership = g_bus_own_name_on_connection(bus, m_busName.c_str(), G_BUS_NAME_OWNER_FLAGS_NONE,
+        &StatusNotifierItem::nameAcquired, &StatusNotifierItem::nameLost, this, nullptr);
+    m_watcherWatch = g_bus_watch_name_on_connection(bus, watcherName, G_BUS_NAME_WATCHER_FLAGS_NONE,
+        &StatusNotifierItem::watcherAppeared, &StatusNotifierItem::watcherVanished, this, nullptr);
 }
 
 StatusNotifierItem::~StatusNotifierItem()
@@ -219,7 +224,8 @@ void StatusNotifierItem::registerWithWatcher()
         return;
     // No answer is awaited: a watcher that refuses leaves nothing to do,
     // and one that comes back is asked again.
-    g_dbus_connection_call(m_bus.get(), watcherName, watcherPath, watcherName, "RegisterStatusNotifierItem", g_variant_new("(s)", m_busName.c_str()), nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr, nullptr);
+    g_dbus_connection_call(m_bus.get(), watcherName, watcherPath, watcherName, "RegisterStatusNotifierItem",
+        g_variant_new("(s)", m_busName.c_str()), nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr, nullptr);
 }
 
 GVariant* StatusNotifierItem::property(std::string_view name) const
@@ -239,7 +245,8 @@ GVariant* StatusNotifierItem::property(std::string_view name) const
     if (name == "IconPixmap")
         return g_variant_ref(m_icon.get());
     if (name == "ToolTip")
-        return g_variant_new("(s@a(iiay)ss)", "", g_variant_new_array(G_VARIANT_TYPE("(iiay)"), nullptr, 0), m_toolTip.c_str(), "");
+        return g_variant_new(
+            "(s@a(iiay)ss)", "", g_variant_new_array(G_VARIANT_TYPE("(iiay)"), nullptr, 0), m_toolTip.c_str(), "");
     if (name == "ItemIsMenu")
         return g_variant_new_boolean(FALSE);
     if (name == "Menu")
@@ -247,7 +254,9 @@ GVariant* StatusNotifierItem::property(std::string_view name) const
     return nullptr;
 }
 
-void StatusNotifierItem::methodCalled(GDBusConnection* /*connection*/, const gchar* /*sender*/, const gchar* /*path*/, const gchar* /*interface*/, const gchar* method, GVariant* /*parameters*/, GDBusMethodInvocation* invocation, gpointer self) noexcept
+void StatusNotifierItem::methodCalled(GDBusConnection* /*connection*/, const gchar* /*sender*/, const gchar* /*path*/,
+    const gchar* /*interface*/, const gchar* method, GVariant* /*parameters*/, GDBusMethodInvocation* invocation,
+    gpointer self) noexcept
 {
     auto* item = static_cast<StatusNotifierItem*>(self);
     // Answered first: the host must not wait for a menu the click may pop
@@ -262,7 +271,8 @@ void StatusNotifierItem::methodCalled(GDBusConnection* /*connection*/, const gch
     // pond; GDBus refuses methods the interface does not have.
 }
 
-GVariant* StatusNotifierItem::propertyRead(GDBusConnection* /*connection*/, const gchar* /*sender*/, const gchar* /*path*/, const gchar* /*interface*/, const gchar* name, GError** error, gpointer self) noexcept
+GVariant* StatusNotifierItem::propertyRead(GDBusConnection* /*connection*/, const gchar* /*sender*/,
+    const gchar* /*path*/, const gchar* /*interface*/, const gchar* name, GError** error, gpointer self) noexcept
 {
     GVariant* value = static_cast<const StatusNotifierItem*>(self)->property(name);
     if (value == nullptr)
@@ -282,7 +292,8 @@ void StatusNotifierItem::nameLost(GDBusConnection* /*connection*/, const gchar* 
     static_cast<StatusNotifierItem*>(self)->m_ownsName = false;
 }
 
-void StatusNotifierItem::watcherAppeared(GDBusConnection* /*connection*/, const gchar* /*name*/, const gchar* /*owner*/, gpointer self) noexcept
+void StatusNotifierItem::watcherAppeared(
+    GDBusConnection* /*connection*/, const gchar* /*name*/, const gchar* /*owner*/, gpointer self) noexcept
 {
     auto* item = static_cast<StatusNotifierItem*>(self);
     item->m_watcherPresent = true;

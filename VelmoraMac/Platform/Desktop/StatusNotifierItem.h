@@ -110,11 +110,15 @@ private:
 
     [[nodiscard]] std::string title() const;
     [[nodiscard]] GVariant* property(std::string_view name) const;
-    static void methodCalled(GDBusConnection* connection, const gchar* sender, const gchar* path, const gchar* interface, const gchar* method, GVariant* parameters, GDBusMethodInvocation* invocation, gpointer self) noexcept;
-    static GVariant* propertyRead(GDBusConnection* connection, const gchar* sender, const gchar* path, const gchar* interface, const gchar* name, GError** error, gpointer self) noexcept;
+    static void methodCalled(GDBusConnection* connection, const gchar* sender, const gchar* path,
+        const gchar* interface, const gchar* method, GVariant* parameters, GDBusMethodInvocation* invocation,
+        gpointer self) noexcept;
+    static GVariant* propertyRead(GDBusConnection* connection, const gchar* sender, const gchar* path,
+        const gchar* interface, const gchar* name, GError** error, gpointer self) noexcept;
     static void nameAcquired(GDBusConnection* connection, const gchar* name, gpointer self) noexcept;
     static void nameLost(GDBusConnection* connection, const gchar* name, gpointer self) noexcept;
-    static void watcherAppeared(GDBusConnection* connection, const gchar* name, const gchar* owner, gpointer self) noexcept;
+    static void watcherAppeared(
+        GDBusConnection* connection, const gchar* name, const gchar* owner, gpointer self) noexcept;
     static void watcherVanished(GDBusConnection* connection, const gchar* name, gpointer self) noexcept;
 
     double m_length;

@@ -88,7 +88,8 @@ std::optional<std::size_t> StatusNotifierPopupMenu::run(const std::vector<MenuIt
     for (std::size_t index = 0; index < entries.size(); ++index) {
         const MenuItem& entry = entries[index];
         // Plain labels: a title is the user's text, not a mnemonic.
-        GtkWidget* item = entry.separator ? gtk_separator_menu_item_new() : gtk_menu_item_new_with_label(entry.title.c_str());
+        GtkWidget* item
+            = entry.separator ? gtk_separator_menu_item_new() : gtk_menu_item_new_with_label(entry.title.c_str());
         if (!entry.separator) {
             g_object_set_data(G_OBJECT(item), indexKey, GSIZE_TO_POINTER(index));
             g_signal_connect(item, "activate", G_CALLBACK(entryActivated), &tracking);

@@ -50,7 +50,8 @@ WallClockAlarm::WallClockAlarm(GMainContext* context, Handler handler)
 {
     if (m_fd < 0)
         throwSystemError("timerfd_create");
-    static GSourceFuncs functions = {nullptr, &WallClockAlarm::check, &WallClockAlarm::dispatch, nullptr, nullptr, nullptr};
+    static GSourceFuncs functions
+        = {nullptr, &WallClockAlarm::check, &WallClockAlarm::dispatch, nullptr, nullptr, nullptr};
     m_source = SourcePointer::adopt(g_source_new(&functions, sizeof(AlarmSource)));
     auto* source = reinterpret_cast<AlarmSource*>(m_source.get());
     source->owner = this;

@@ -17,7 +17,8 @@ namespace velmora {
 
 namespace fs = std::filesystem;
 
-XdgAutostartLoginItemService::XdgAutostartLoginItemService(fs::path entry, std::vector<std::string> command, std::vector<std::string> settingsCommand, CommandLauncher launcher)
+XdgAutostartLoginItemService::XdgAutostartLoginItemService(fs::path entry, std::vector<std::string> command,
+    std::vector<std::string> settingsCommand, CommandLauncher launcher)
     : m_entry(std::move(entry))
     , m_command(std::move(command))
     , m_settingsCommand(std::move(settingsCommand))
@@ -43,15 +44,19 @@ NotNullShared<LoginItemService> XdgAutostartLoginItemService::forThisProcess()
 NotNullShared<LoginItemService> XdgAutostartLoginItemService::forConfigHome(const std::optional<fs::path>& configHome)
 {
     if (!configHome)
-        return NotNullShared<UnavailableLoginItemService>::make("there is no configuration folder for the autostart entry: neither XDG_CONFIG_HOME, HOME nor the password database names one");
+        return NotNullShared<UnavailableLoginItemService>::make(
+            "there is no configuration folder for the autostart entry: neither XDG_CONFIG_HOME, HOME nor the password "
+            "database names one");
     const std::string executable = LoginLaunchMarker::processExecutable();
     std::vector<std::string> command;
     if (!executable.empty())
         command = LoginLaunchMarker::loginCommand(executable, LoginLaunchMarker::processArguments());
-    return NotNullShared<XdgAutostartLoginItemService>::make(*configHome / "autostart" / entryName, std::move(command), settingsCommandFor(XdgBaseDirectory::environmentVariable("XDG_CURRENT_DESKTOP")), &launchDetached);
+    return NotNullShared<XdgAutostartLoginItemService>::make(*configHome / "autostart" / entryName, std::move(command),
+        settingsCommandFor(XdgBaseDirectory::environmentVariable("XDG_CURRENT_DESKTOP")), &launchDetached);
 }
 
-std::optional<fs::path> XdgAutostartLoginItemService::configHomeFrom(std::string_view xdgConfigHome, std::string_view home)
+std::optional<fs::path> XdgAutostartLoginItemService::configHomeFrom(
+    std::string_view xdgConfigHome, std::string_view home)
 {
     return XdgBaseDirectory::resolve(xdgConfigHome, home, ".config");
 }
@@ -96,7 +101,8 @@ void XdgAutostartLoginItemService::watchFolder()
         g_error_free(error);
         return;
     }
-    m_folderChanged = std::make_unique<GLibSignal>(m_monitor.get(), "changed", G_CALLBACK(&XdgAutostartLoginItemService::folderChanged), this);
+    m_folderChanged = std::make_unique<GLibSignal>(
+        m_monitor.get(), "changed", G_CALLBACK(&XdgAutostartLoginItemService::folderChanged), this);
 }
 
 bool XdgAutostartLoginItemService::concernsEntry(GFile* file) const
@@ -111,7 +117,8 @@ bool XdgAutostartLoginItemService::concernsEntry(GFile* file) const
     return concerns;
 }
 
-void XdgAutostartLoginItemService::folderChanged(GFileMonitor* /*monitor*/, GFile* file, GFile* otherFile, GFileMonitorEvent event, gpointer self)
+void XdgAutostartLoginItemService::folderChanged(
+    GFileMonitor* /*monitor*/, GFile* file, GFile* otherFile, GFileMonitorEvent event, gpointer self)
 {
     // A write in progress: its end comes as a hint of its own, and the
     // entry is read then, whole.

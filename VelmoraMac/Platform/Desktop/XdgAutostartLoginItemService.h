@@ -40,7 +40,8 @@ public:
     // `entry` is the autostart file, `command` what it starts, and
     // `settingsCommand` the desktop's panel for the programs started at
     // login (empty where the desktop has none).
-    XdgAutostartLoginItemService(std::filesystem::path entry, std::vector<std::string> command, std::vector<std::string> settingsCommand, CommandLauncher launcher);
+    XdgAutostartLoginItemService(std::filesystem::path entry, std::vector<std::string> command,
+        std::vector<std::string> settingsCommand, CommandLauncher launcher);
 
     XdgAutostartLoginItemService(const XdgAutostartLoginItemService&) = delete;
     XdgAutostartLoginItemService& operator=(const XdgAutostartLoginItemService&) = delete;
@@ -88,7 +89,8 @@ private:
     // file in it), is the entry or the folder itself.
     [[nodiscard]] bool concernsEntry(GFile* file) const;
 
-    static void folderChanged(GFileMonitor* monitor, GFile* file, GFile* otherFile, GFileMonitorEvent event, gpointer self);
+    static void folderChanged(
+        GFileMonitor* monitor, GFile* file, GFile* otherFile, GFileMonitorEvent event, gpointer self);
 
     std::filesystem::path m_entry;
     std::vector<std::string> m_command;

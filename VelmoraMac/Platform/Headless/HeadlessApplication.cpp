@@ -25,7 +25,8 @@ void HeadlessApplication::setLaunchHandler(LaunchHandler handler)
     m_launchHandler = std::move(handler);
 }
 
-void HeadlessApplication::runModalAlert(const std::string& message, const std::string& informativeText, const std::string& buttonTitle)
+void HeadlessApplication::runModalAlert(
+    const std::string& message, const std::string& informativeText, const std::string& buttonTitle)
 {
     m_alerts.push_back(Alert{message, informativeText, buttonTitle});
 }

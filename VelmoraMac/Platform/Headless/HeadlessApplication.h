@@ -37,7 +37,8 @@ public:
     void setLaunchHandler(LaunchHandler handler) override;
     [[nodiscard]] std::optional<LaunchEvent> currentLaunchEvent() const override { return m_currentLaunchEvent; }
     // Records the alert and returns at once, as if dismissed.
-    void runModalAlert(const std::string& message, const std::string& informativeText, const std::string& buttonTitle) override;
+    void runModalAlert(
+        const std::string& message, const std::string& informativeText, const std::string& buttonTitle) override;
     // Records the request; the process goes on.
     void terminate() override { ++m_terminations; }
 

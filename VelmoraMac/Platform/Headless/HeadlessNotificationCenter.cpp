@@ -52,7 +52,8 @@ void HeadlessNotificationCenter::requestAuthorization(AuthorizationCompletion co
         {
             const std::scoped_lock lock(m_mutex);
             if (m_status == NotificationAuthorizationStatus::notDetermined)
-                m_status = m_promptAnswer == PromptAnswer::grant ? NotificationAuthorizationStatus::authorized : NotificationAuthorizationStatus::denied;
+                m_status = m_promptAnswer == PromptAnswer::grant ? NotificationAuthorizationStatus::authorized
+                                                                 : NotificationAuthorizationStatus::denied;
             granted = m_status == NotificationAuthorizationStatus::authorized
                 || m_status == NotificationAuthorizationStatus::provisional
                 || m_status == NotificationAuthorizationStatus::ephemeral;
@@ -88,7 +89,8 @@ void HeadlessNotificationCenter::add(NotificationRequest request, AddCompletion 
         } else if (!firesAt) {
             error = "the trigger of \"" + request.identifier + "\" names no time";
         } else {
-            std::erase_if(m_pending, [&](const Pending& pending) { return pending.request.identifier == request.identifier; });
+            std::erase_if(
+                m_pending, [&](const Pending& pending) { return pending.request.identifier == request.identifier; });
             m_pending.push_back({std::move(request), *firesAt > m_now ? firesAt : std::nullopt, m_nextOrder++});
         }
     }
@@ -187,7 +189,8 @@ void HeadlessNotificationCenter::click(const std::string& identifier)
 {
     {
         const std::scoped_lock lock(m_mutex);
-        const auto clicked = std::find_if(m_delivered.begin(), m_delivered.end(), [&](const NotificationRequest& request) { return request.identifier == identifier; });
+        const auto clicked = std::find_if(m_delivered.begin(), m_delivered.end(),
+            [&](const NotificationRequest& request) { return request.identifier == identifier; });
         if (clicked == m_delivered.end())
             throw std::invalid_argument("no delivered notification \"" + identifier + "\" to click");
         m_delivered.erase(clicked);
@@ -266,7 +269,8 @@ void HeadlessNotificationCenter::deliverDueRequests()
         return *a.firesAt != *b.firesAt ? *a.firesAt < *b.firesAt : a.order < b.order;
     });
     for (Pending& fired : due) {
-        std::erase_if(m_delivered, [&](const NotificationRequest& delivered) { return delivered.identifier == fired.request.identifier; });
+        std::erase_if(m_delivered,
+            [&](const NotificationRequest& delivered) { return delivered.identifier == fired.request.identifier; });
         m_delivered.push_back(std::move(fired.request));
     }
 }

@@ -23,25 +23,28 @@ namespace velmora {
 std::shared_ptr<HeadlessShellPlatform> HeadlessShellPlatform::create()
 {
     auto mainThread = NotNullShared<DedicatedMainThread>::make();
-    std::shared_ptr<HeadlessShellPlatform> platform(new HeadlessShellPlatform(mainThread, NotNullShared<ProcessSystemEnvironment>::make(), NotNullShared<ProcessDiagnosticLog>::make()));
+    std::shared_ptr<HeadlessShellPlatform> platform(new HeadlessShellPlatform(
+        mainThread, NotNullShared<ProcessSystemEnvironment>::make(), NotNullShared<ProcessDiagnosticLog>::make()));
     platform->m_ownMainThread = mainThread.shared();
     return platform;
 }
 
-std::shared_ptr<HeadlessShellPlatform> HeadlessShellPlatform::create(std::shared_ptr<MainThread> mainThread, std::shared_ptr<SystemEnvironment> systemEnvironment)
+std::shared_ptr<HeadlessShellPlatform> HeadlessShellPlatform::create(
+    std::shared_ptr<MainThread> mainThread, std::shared_ptr<SystemEnvironment> systemEnvironment)
 {
     auto log = NotNullShared<HeadlessDiagnosticLog>::make();
-    std::shared_ptr<HeadlessShellPlatform> platform(new HeadlessShellPlatform(
-        NotNullShared<MainThread>::checked(std::move(mainThread), "the main thread"),
-        NotNullShared<SystemEnvironment>::checked(std::move(systemEnvironment), "the system environment"),
-        log));
+    std::shared_ptr<HeadlessShellPlatform> platform(
+        new HeadlessShellPlatform(NotNullShared<MainThread>::checked(std::move(mainThread), "the main thread"),
+            NotNullShared<SystemEnvironment>::checked(std::move(systemEnvironment), "the system environment"), log));
     platform->m_recordedLog = log.shared();
     return platform;
 }
 
-HeadlessShellPlatform::HeadlessShellPlatform(const NotNullShared<MainThread>& mainThread, const NotNullShared<SystemEnvironment>& systemEnvironment, NotNullShared<DiagnosticLog> log)
+HeadlessShellPlatform::HeadlessShellPlatform(const NotNullShared<MainThread>& mainThread,
+    const NotNullShared<SystemEnvironment>& systemEnvironment, NotNullShared<DiagnosticLog> log)
     : m_systemNotifications(NotNullShared<SystemNotificationHub>::make())
-    , m_application(NotNullShared<HeadlessApplication>::make(m_systemNotifications.shared(), static_cast<std::int32_t>(::getpid())))
+    , m_application(NotNullShared<HeadlessApplication>::make(
+          m_systemNotifications.shared(), static_cast<std::int32_t>(::getpid())))
     , m_windowSystem(NotNullShared<HeadlessWindowSystem>::make(mainThread.shared(), m_systemNotifications.shared()))
     , m_statusBar(NotNullShared<HeadlessStatusBar>::make())
     , m_eventMonitors(NotNullShared<EventMonitorChain>::make())

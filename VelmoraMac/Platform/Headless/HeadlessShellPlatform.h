@@ -33,7 +33,8 @@ public:
     // For a test: the main thread and the environment it drives, and a log
     // it can read (recordedLog()). Throws std::invalid_argument for a
     // missing one.
-    static std::shared_ptr<HeadlessShellPlatform> create(std::shared_ptr<MainThread> mainThread, std::shared_ptr<SystemEnvironment> systemEnvironment);
+    static std::shared_ptr<HeadlessShellPlatform> create(
+        std::shared_ptr<MainThread> mainThread, std::shared_ptr<SystemEnvironment> systemEnvironment);
 
     HeadlessShellPlatform(const HeadlessShellPlatform&) = delete;
     HeadlessShellPlatform& operator=(const HeadlessShellPlatform&) = delete;
@@ -49,7 +50,10 @@ public:
     [[nodiscard]] EventMonitorChain& eventMonitors() const { return *m_eventMonitors; }
     [[nodiscard]] SystemNotificationHub& systemNotifications() const { return *m_systemNotifications; }
     [[nodiscard]] HeadlessNotificationCenter& notificationCenter() const { return *m_notificationCenter; }
-    [[nodiscard]] HeadlessNotificationSettingsOpener& notificationSettingsOpener() const { return *m_notificationSettingsOpener; }
+    [[nodiscard]] HeadlessNotificationSettingsOpener& notificationSettingsOpener() const
+    {
+        return *m_notificationSettingsOpener;
+    }
     [[nodiscard]] HeadlessLoginItemService& loginItemService() const { return *m_loginItemService; }
     [[nodiscard]] HeadlessPowerAssertionRegistry& powerAssertions() const { return *m_powerAssertions; }
     [[nodiscard]] HeadlessUrlOpener& urlOpener() const { return *m_urlOpener; }
@@ -64,7 +68,8 @@ public:
     void stopOwnMainThread() const;
 
 private:
-    HeadlessShellPlatform(const NotNullShared<MainThread>& mainThread, const NotNullShared<SystemEnvironment>& systemEnvironment, NotNullShared<DiagnosticLog> log);
+    HeadlessShellPlatform(const NotNullShared<MainThread>& mainThread,
+        const NotNullShared<SystemEnvironment>& systemEnvironment, NotNullShared<DiagnosticLog> log);
 
     NotNullShared<SystemNotificationHub> m_systemNotifications;
     NotNullShared<HeadlessApplication> m_application;

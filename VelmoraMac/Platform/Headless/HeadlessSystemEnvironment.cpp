@@ -4,7 +4,8 @@
 
 namespace velmora {
 
-HeadlessSystemEnvironment::HeadlessSystemEnvironment(Instant now, UserCalendar calendar, std::vector<std::string> preferredLanguages)
+HeadlessSystemEnvironment::HeadlessSystemEnvironment(
+    Instant now, UserCalendar calendar, std::vector<std::string> preferredLanguages)
     : m_now(now)
     , m_calendar(std::move(calendar))
     , m_preferredLanguages(std::move(preferredLanguages))

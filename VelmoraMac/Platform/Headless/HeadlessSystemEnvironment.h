@@ -11,7 +11,8 @@ namespace velmora {
 // Time stands still unless set or advanced. Thread-safe.
 class HeadlessSystemEnvironment final : public SystemEnvironment {
 public:
-    explicit HeadlessSystemEnvironment(Instant now = Instant(), UserCalendar calendar = UserCalendar::utc(), std::vector<std::string> preferredLanguages = {});
+    explicit HeadlessSystemEnvironment(Instant now = Instant(), UserCalendar calendar = UserCalendar::utc(),
+        std::vector<std::string> preferredLanguages = {});
 
     [[nodiscard]] Instant now() const override;
     [[nodiscard]] UserCalendar currentCalendar() const override;

@@ -9,7 +9,8 @@
 
 namespace velmora {
 
-HeadlessWindow::HeadlessWindow(std::weak_ptr<HeadlessWindowSystem> system, Kind kind, Rect frame, std::unique_ptr<HeadlessContentView> contentView)
+HeadlessWindow::HeadlessWindow(
+    std::weak_ptr<HeadlessWindowSystem> system, Kind kind, Rect frame, std::unique_ptr<HeadlessContentView> contentView)
     : m_system(std::move(system))
     , m_kind(kind)
     , m_frame(frame)
@@ -58,7 +59,8 @@ void HeadlessWindow::setFrame(const Rect& frame, FrameDisplay display)
     if (frame.size != old.size) {
         if (m_contentView) {
             Rect bounds = m_contentView->bounds();
-            bounds.size = {std::max(0.0, bounds.width() + frame.width() - old.width()), std::max(0.0, bounds.height() + frame.height() - old.height())};
+            bounds.size = {std::max(0.0, bounds.width() + frame.width() - old.width()),
+                std::max(0.0, bounds.height() + frame.height() - old.height())};
             m_contentView->setBounds(bounds);
         }
         post(SystemNotification::windowDidResize);
@@ -235,7 +237,8 @@ void HeadlessWindow::moveChildren(Point offset)
 {
     for (const auto& [child, ordering] : m_children) {
         const Rect frame = child->m_frame;
-        child->setFrame(Rect(frame.minX() + offset.x, frame.minY() + offset.y, frame.width(), frame.height()), FrameDisplay::immediate);
+        child->setFrame(Rect(frame.minX() + offset.x, frame.minY() + offset.y, frame.width(), frame.height()),
+            FrameDisplay::immediate);
     }
 }
 

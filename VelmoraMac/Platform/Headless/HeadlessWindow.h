@@ -31,7 +31,8 @@ public:
     };
 
     // Made by HeadlessWindowSystem.
-    HeadlessWindow(std::weak_ptr<HeadlessWindowSystem> system, Kind kind, Rect frame, std::unique_ptr<HeadlessContentView> contentView);
+    HeadlessWindow(std::weak_ptr<HeadlessWindowSystem> system, Kind kind, Rect frame,
+        std::unique_ptr<HeadlessContentView> contentView);
 
     [[nodiscard]] bool isPanel() const override { return m_kind == Kind::panel; }
     [[nodiscard]] ContentView* contentView() override { return m_contentView.get(); }

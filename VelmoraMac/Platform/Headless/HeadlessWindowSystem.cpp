@@ -7,7 +7,8 @@
 
 namespace velmora {
 
-HeadlessWindowSystem::HeadlessWindowSystem(std::shared_ptr<MainThread> mainThread, std::shared_ptr<SystemNotificationHub> notifications)
+HeadlessWindowSystem::HeadlessWindowSystem(
+    std::shared_ptr<MainThread> mainThread, std::shared_ptr<SystemNotificationHub> notifications)
     : m_mainThread(std::move(mainThread))
     , m_notifications(std::move(notifications))
 {
@@ -27,14 +28,18 @@ std::optional<Screen> HeadlessWindowSystem::mainScreen() const
 
 std::shared_ptr<Window> HeadlessWindowSystem::createPanel(const Rect& frame, const WindowAttributes& attributes)
 {
-    auto panel = add(HeadlessWindow::Kind::panel, frame, std::make_unique<HeadlessContentView>(Rect(0, 0, frame.width(), frame.height()), HeadlessContentView::Orientation::standard));
+    auto panel = add(HeadlessWindow::Kind::panel, frame,
+        std::make_unique<HeadlessContentView>(
+            Rect(0, 0, frame.width(), frame.height()), HeadlessContentView::Orientation::standard));
     panel->setAttributes(attributes);
     return panel;
 }
 
-std::shared_ptr<HeadlessWindow> HeadlessWindowSystem::addWindow(Rect frame, HeadlessContentView::Orientation orientation)
+std::shared_ptr<HeadlessWindow> HeadlessWindowSystem::addWindow(
+    Rect frame, HeadlessContentView::Orientation orientation)
 {
-    return add(HeadlessWindow::Kind::window, frame, std::make_unique<HeadlessContentView>(Rect(0, 0, frame.width(), frame.height()), orientation));
+    return add(HeadlessWindow::Kind::window, frame,
+        std::make_unique<HeadlessContentView>(Rect(0, 0, frame.width(), frame.height()), orientation));
 }
 
 std::shared_ptr<HeadlessWindow> HeadlessWindowSystem::addWindowWithoutContent(Rect frame)
@@ -42,7 +47,8 @@ std::shared_ptr<HeadlessWindow> HeadlessWindowSystem::addWindowWithoutContent(Re
     return add(HeadlessWindow::Kind::window, frame, nullptr);
 }
 
-std::shared_ptr<HeadlessWindow> HeadlessWindowSystem::add(HeadlessWindow::Kind kind, Rect frame, std::unique_ptr<HeadlessContentView> contentView)
+std::shared_ptr<HeadlessWindow> HeadlessWindowSystem::add(
+    HeadlessWindow::Kind kind, Rect frame, std::unique_ptr<HeadlessContentView> contentView)
 {
     auto window = std::make_shared<HeadlessWindow>(weak_from_this(), kind, frame, std::move(contentView));
     m_windows.push_back(window);

@@ -31,7 +31,8 @@ public:
 
     // A window of the renderer's, not shown yet; with a content view of the
     // frame's size unless told otherwise.
-    std::shared_ptr<HeadlessWindow> addWindow(Rect frame, HeadlessContentView::Orientation orientation = HeadlessContentView::Orientation::standard);
+    std::shared_ptr<HeadlessWindow> addWindow(
+        Rect frame, HeadlessContentView::Orientation orientation = HeadlessContentView::Orientation::standard);
     std::shared_ptr<HeadlessWindow> addWindowWithoutContent(Rect frame);
     // Displays are plugged, unplugged or rearranged; reported to observers.
     // `mainIndex` picks the main screen; none makes no screen the main one.
@@ -49,7 +50,8 @@ public:
 private:
     friend class HeadlessWindow;
 
-    std::shared_ptr<HeadlessWindow> add(HeadlessWindow::Kind kind, Rect frame, std::unique_ptr<HeadlessContentView> contentView);
+    std::shared_ptr<HeadlessWindow> add(
+        HeadlessWindow::Kind kind, Rect frame, std::unique_ptr<HeadlessContentView> contentView);
     void makeKey(HeadlessWindow* window);
     void resignKey(HeadlessWindow* window);
     void bringToFront(HeadlessWindow* window);

@@ -35,7 +35,8 @@ struct Pixel {
 class Canvas {
 public:
     Canvas()
-        : m_surface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, static_cast<int>(window.width), static_cast<int>(window.height)))
+        : m_surface(cairo_image_surface_create(
+            CAIRO_FORMAT_ARGB32, static_cast<int>(window.width), static_cast<int>(window.height)))
         , m_cr(cairo_create(m_surface.get()))
     {
     }
@@ -45,10 +46,12 @@ public:
     [[nodiscard]] Pixel at(double x, double y) const
     {
         cairo_surface_flush(m_surface.get());
-        const unsigned char* row = cairo_image_surface_get_data(m_surface.get()) + static_cast<std::ptrdiff_t>(y) * cairo_image_surface_get_stride(m_surface.get());
+        const unsigned char* row = cairo_image_surface_get_data(m_surface.get())
+            + static_cast<std::ptrdiff_t>(y) * cairo_image_surface_get_stride(m_surface.get());
         std::uint32_t argb = 0;
         std::memcpy(&argb, row + static_cast<std::ptrdiff_t>(x) * 4, sizeof argb);
-        return {static_cast<int>((argb >> 16U) & 0xFFU), static_cast<int>((argb >> 8U) & 0xFFU), static_cast<int>(argb & 0xFFU)};
+        return {static_cast<int>((argb >> 16U) & 0xFFU), static_cast<int>((argb >> 8U) & 0xFFU),
+            static_cast<int>(argb & 0xFFU)};
     }
 
 private:
@@ -66,8 +69,7 @@ PondSnapshot coloured()
         topic.id = "topic" + std::to_string(i);
         topic.title = "Title " + std::to_string(i);
         topic.growthMoments = 14;
-        topic.color = i == 0 ? PondColor{1, 0, 0} : i == 16 ? PondColor{0, 0, 1}
-                                                            : PondColor{0, 1, 0};
+        topic.color = i == 0 ? PondColor{1, 0, 0} : i == 16 ? PondColor{0, 0, 1} : PondColor{0, 1, 0};
         topic.icon = i == 1 ? "no image at all" : "";
         snapshot.topics.push_back(topic);
     }

@@ -19,12 +19,15 @@ std::string envelope(const json& snapshot, const json& kind = "practice")
 
 json topic(const std::string& id, const json& growth)
 {
-    return {{"id", id}, {"title", "T " + id}, {"moments", 5}, {"growthMoments", growth}, {"freshness", 1.0}, {"color", "#EBB45E"}, {"icon", "iVBOR"}};
+    return {{"id", id}, {"title", "T " + id}, {"moments", 5}, {"growthMoments", growth}, {"freshness", 1.0},
+        {"color", "#EBB45E"}, {"icon", "iVBOR"}};
 }
 
 json snapshot(json topics)
 {
-    return {{"version", 1}, {"topics", std::move(topics)}, {"language", "en"}, {"waterSoundEnabled", true}, {"bellSoundEnabled", true}, {"daysLabel", "Days of practice: 3"}, {"daysSuffix", "days"}, {"backLabel", "Back"}, {"settingsLabel", "Settings"}, {"noticeLabel", "Notice"}, {"savedLabel", "Noticed"}, {"errorLabel", "E"}};
+    return {{"version", 1}, {"topics", std::move(topics)}, {"language", "en"}, {"waterSoundEnabled", true},
+        {"bellSoundEnabled", true}, {"daysLabel", "Days of practice: 3"}, {"daysSuffix", "days"}, {"backLabel", "Back"},
+        {"settingsLabel", "Settings"}, {"noticeLabel", "Notice"}, {"savedLabel", "Noticed"}, {"errorLabel", "E"}};
 }
 
 TEST(PondSnapshot, ReadsTopicsInOrder_WithGrowthClampedAndLabels)

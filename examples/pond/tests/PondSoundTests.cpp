@@ -58,8 +58,10 @@ public:
     Recorder()
     {
         const pa_sample_spec spec{PA_SAMPLE_FLOAT32LE, rate, 1};
-        const pa_buffer_attr attributes{static_cast<std::uint32_t>(-1), 0, 0, 0, static_cast<std::uint32_t>(windowFrames * sizeof(float))};
-        m_stream = pa_simple_new(nullptr, "PondTests", PA_STREAM_RECORD, "@DEFAULT_MONITOR@", "what the pond played", &spec, nullptr, &attributes, nullptr);
+        const pa_buffer_attr attributes{
+            static_cast<std::uint32_t>(-1), 0, 0, 0, static_cast<std::uint32_t>(windowFrames * sizeof(float))};
+        m_stream = pa_simple_new(nullptr, "PondTests", PA_STREAM_RECORD, "@DEFAULT_MONITOR@", "what the pond played",
+            &spec, nullptr, &attributes, nullptr);
         if (m_stream != nullptr)
             m_thread = std::thread([this] { record(); });
     }
@@ -120,7 +122,8 @@ private:
 // Calls `step` until `condition` holds or `limit` has passed; whether it
 // held.
 bool waitUntil(
-    const std::function<bool()>& condition, std::chrono::milliseconds limit, const std::function<void()>& step = [] { std::this_thread::sleep_for(5ms); })
+    const std::function<bool()>& condition, std::chrono::milliseconds limit,
+    const std::function<void()>& step = [] { std::this_thread::sleep_for(5ms); })
 {
     const auto deadline = Clock::now() + limit;
     while (!condition()) {
@@ -134,7 +137,8 @@ bool waitUntil(
 // The first of `windows` at least `loudness` loud, if any.
 std::optional<Window> firstLouder(const std::vector<Window>& windows, double loudness)
 {
-    const auto found = std::find_if(windows.begin(), windows.end(), [loudness](const Window& window) { return window.loudness > loudness; });
+    const auto found = std::find_if(
+        windows.begin(), windows.end(), [loudness](const Window& window) { return window.loudness > loudness; });
     return found == windows.end() ? std::nullopt : std::optional<Window>(*found);
 }
 
@@ -180,7 +184,9 @@ TEST_F(PondSoundTest, WaterFadesInWhileWanted_AndAwayWhenNot_ThenItsStreamCloses
     ASSERT_TRUE(waitUntil([&] { return firstLouder(m_recorder.after(on), silence).has_value(); }, 3s));
     ASSERT_TRUE(waitUntil([&] { return m_recorder.after(on + 2500ms).size() >= 100; }, 6s));
     const std::vector<Window> heard = m_recorder.after(on);
-    const auto start = static_cast<std::size_t>(std::find_if(heard.begin(), heard.end(), [](const Window& window) { return window.loudness > silence; }) - heard.begin());
+    const auto start = static_cast<std::size_t>(std::find_if(heard.begin(), heard.end(), [](const Window& window) {
+        return window.loudness > silence;
+    }) - heard.begin());
     const double steady = loudnessOver(m_recorder.after(on + 2500ms), 0, 100);
     EXPECT_GT(steady, 0.003) << "the water is too faint to hear";
     EXPECT_LT(steady, quietLoudness) << "the water is not quiet";
@@ -192,10 +198,11 @@ TEST_F(PondSoundTest, WaterFadesInWhileWanted_AndAwayWhenNot_ThenItsStreamCloses
 
     const auto off = Clock::now();
     sound.setWater(PondSound::Water::off);
-    ASSERT_TRUE(waitUntil([&] {
-        const std::vector<Window> after = m_recorder.after(off);
-        return after.size() >= 20 && loudnessOver(after, after.size() - 20, 20) < silence;
-    },
+    ASSERT_TRUE(waitUntil(
+        [&] {
+            const std::vector<Window> after = m_recorder.after(off);
+            return after.size() >= 20 && loudnessOver(after, after.size() - 20, 20) < silence;
+        },
         4s));
     // Fading out: still heard a little after being told, over in about a
     // second.
@@ -214,11 +221,11 @@ TEST_F(PondSoundTest, WaterFadesInWhileWanted_AndAwayWhenNot_ThenItsStreamCloses
 void seedPractice(const fs::path& dataHome)
 {
     fs::create_directories(dataHome / "app.velmora.mac");
-    const nlohmann::json state = {
-        {"version", 1}, {"onboarded", true}, {"selected", {"doomscrolling", "phone", "smoking"}},
-        {"lotuses", {{"smoking", {{"moments", 4}}}}}, {"practiceDays", nlohmann::json::array()}, {"language", "system"},
-        {"hintSeen", true}, {"reminderEnabled", false}, {"reminderHour", 20}, {"reminderMinute", 0},
-        {"waterSoundEnabled", false}, {"bellSoundEnabled", true}};
+    const nlohmann::json state
+        = {{"version", 1}, {"onboarded", true}, {"selected", {"doomscrolling", "phone", "smoking"}},
+            {"lotuses", {{"smoking", {{"moments", 4}}}}}, {"practiceDays", nlohmann::json::array()},
+            {"language", "system"}, {"hintSeen", true}, {"reminderEnabled", false}, {"reminderHour", 20},
+            {"reminderMinute", 0}, {"waterSoundEnabled", false}, {"bellSoundEnabled", true}};
     std::ofstream(dataHome / "app.velmora.mac" / "practice.json") << state.dump();
 }
 
@@ -243,7 +250,10 @@ TEST_F(PondSoundTest, RingsTheBellSoonAfterASavedNoticing_AndNotForARefusedOne)
         std::this_thread::sleep_for(2ms);
     };
     ASSERT_TRUE(waitUntil([&] { return frame.snapshot().has_value(); }, 10s, advance));
-    const std::size_t smoking = static_cast<std::size_t>(std::find_if(frame.snapshot()->topics.begin(), frame.snapshot()->topics.end(), [](const PondTopic& topic) { return topic.id == "smoking"; }) - frame.snapshot()->topics.begin());
+    const std::size_t smoking
+        = static_cast<std::size_t>(std::find_if(frame.snapshot()->topics.begin(), frame.snapshot()->topics.end(),
+                                       [](const PondTopic& topic) { return topic.id == "smoking"; })
+            - frame.snapshot()->topics.begin());
     ASSERT_LT(smoking, frame.snapshot()->topics.size());
 
     // A topic that is not chosen: the library refuses it and sends
@@ -260,7 +270,8 @@ TEST_F(PondSoundTest, RingsTheBellSoonAfterASavedNoticing_AndNotForARefusedOne)
     frame.select(smoking);
     frame.activate();
     const auto saved = Clock::now();
-    ASSERT_TRUE(waitUntil([&] { return firstLouder(m_recorder.after(saved), silence).has_value(); }, 3s, advance)) << "no bell";
+    ASSERT_TRUE(waitUntil([&] { return firstLouder(m_recorder.after(saved), silence).has_value(); }, 3s, advance))
+        << "no bell";
     const Window onset = *firstLouder(m_recorder.after(saved), silence);
     EXPECT_LT(onset.end - saved, 150ms);
     EXPECT_EQ(frame.snapshot()->topics[smoking].moments, 5);

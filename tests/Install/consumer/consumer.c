@@ -30,7 +30,8 @@ int main(void)
         fprintf(stderr, "consumer: %s\n", dlerror());
         return 1;
     }
-    if (!lookUp(library, "VelmoraStart", &start, sizeof start) || !lookUp(library, "VelmoraContentWidth", &contentWidth, sizeof contentWidth)
+    if (!lookUp(library, "VelmoraStart", &start, sizeof start)
+        || !lookUp(library, "VelmoraContentWidth", &contentWidth, sizeof contentWidth)
         || !lookUp(library, "VelmoraIsPondVisible", &isPondVisible, sizeof isPondVisible)) {
         fprintf(stderr, "consumer: a function is missing\n");
         return 1;

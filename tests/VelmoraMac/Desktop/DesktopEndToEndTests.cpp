@@ -49,8 +49,9 @@ VelmoraFunctions loadLibrary()
 // of the library's start-up.
 bool trayItemRegistered(GDBusConnection* bus)
 {
-    GVariant* reply = g_dbus_connection_call_sync(bus, "org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher", "org.freedesktop.DBus.Mock", "GetMethodCalls",
-        g_variant_new("(s)", "RegisterStatusNotifierItem"), G_VARIANT_TYPE("(a(tav))"), G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr);
+    GVariant* reply = g_dbus_connection_call_sync(bus, "org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher",
+        "org.freedesktop.DBus.Mock", "GetMethodCalls", g_variant_new("(s)", "RegisterStatusNotifierItem"),
+        G_VARIANT_TYPE("(a(tav))"), G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr);
     if (reply == nullptr)
         return false;
     GVariant* calls = g_variant_get_child_value(reply, 0);
@@ -100,13 +101,15 @@ public:
     }
 
 private:
-    static GDBusMessage* filter(GDBusConnection* /*connection*/, GDBusMessage* message, gboolean incoming, gpointer self)
+    static GDBusMessage* filter(
+        GDBusConnection* /*connection*/, GDBusMessage* message, gboolean incoming, gpointer self)
     {
         if (incoming == FALSE) {
             auto& messages = *static_cast<OutgoingMessages*>(self);
             const auto text = [](const char* value) { return std::string(value != nullptr ? value : "-"); };
             const std::scoped_lock lock(messages.m_mutex);
-            messages.m_sent.push_back(text(g_dbus_message_get_interface(message)) + "." + text(g_dbus_message_get_member(message)) + " to " + text(g_dbus_message_get_destination(message)));
+            messages.m_sent.push_back(text(g_dbus_message_get_interface(message)) + "."
+                + text(g_dbus_message_get_member(message)) + " to " + text(g_dbus_message_get_destination(message)));
         }
         return message;
     }
@@ -118,14 +121,14 @@ private:
 };
 
 // Seeds a user who finished onboarding with `topic` among the chosen ones.
-void seedOnboardedUser(const fs::path& dataHome, bool reminderEnabled = false, int reminderHour = 20, int reminderMinute = 0)
+void seedOnboardedUser(
+    const fs::path& dataHome, bool reminderEnabled = false, int reminderHour = 20, int reminderMinute = 0)
 {
     fs::create_directories(dataHome / "app.velmora.mac");
-    const json state = {
-        {"version", 1}, {"onboarded", true}, {"selected", {"doomscrolling", "phone", topic}},
+    const json state = {{"version", 1}, {"onboarded", true}, {"selected", {"doomscrolling", "phone", topic}},
         {"lotuses", {{topic, {{"moments", seededMoments}}}}}, {"practiceDays", json::array()}, {"language", "system"},
-        {"hintSeen", true}, {"reminderEnabled", reminderEnabled}, {"reminderHour", reminderHour}, {"reminderMinute", reminderMinute},
-        {"waterSoundEnabled", false}, {"bellSoundEnabled", false}};
+        {"hintSeen", true}, {"reminderEnabled", reminderEnabled}, {"reminderHour", reminderHour},
+        {"reminderMinute", reminderMinute}, {"waterSoundEnabled", false}, {"bellSoundEnabled", false}};
     std::ofstream(dataHome / "app.velmora.mac" / "practice.json") << state.dump();
 }
 
@@ -135,7 +138,8 @@ void seedOnboardedUser(const fs::path& dataHome, bool reminderEnabled = false, i
 bool framed(GtkWidget* window)
 {
     GdkWindow* gdkWindow = gtk_widget_get_window(window);
-    if (gdkWindow == nullptr || !gtk_widget_get_mapped(window) || (gdk_window_get_state(gdkWindow) & GDK_WINDOW_STATE_WITHDRAWN) != 0)
+    if (gdkWindow == nullptr || !gtk_widget_get_mapped(window)
+        || (gdk_window_get_state(gdkWindow) & GDK_WINDOW_STATE_WITHDRAWN) != 0)
         return false;
     GdkRectangle extents;
     gdk_window_get_frame_extents(gdkWindow, &extents);
@@ -156,7 +160,8 @@ protected:
         g_setenv("XDG_CONFIG_HOME", (m_home / "config").c_str(), TRUE);
         if (gtk_init_check(nullptr, nullptr) == FALSE)
             GTEST_SKIP() << "no display";
-        m_releaseHook = g_signal_add_emission_hook(releaseSignal(), 0, &DesktopEndToEnd::countRelease, &m_releases, nullptr);
+        m_releaseHook
+            = g_signal_add_emission_hook(releaseSignal(), 0, &DesktopEndToEnd::countRelease, &m_releases, nullptr);
         m_session->startTrayWatcher();
         m_session->startMock(Bus::session, "org.freedesktop.Notifications", {"--template", "notification_daemon"});
         m_session->startMock(Bus::system, "org.freedesktop.login1", {"--template", "logind"});
@@ -195,12 +200,14 @@ protected:
     // the X server has it when this returns.
     static void clickAtRoot(int x, int y)
     {
-        const std::string command = "xdotool mousemove --sync " + std::to_string(x) + " " + std::to_string(y) + " click 1";
+        const std::string command
+            = "xdotool mousemove --sync " + std::to_string(x) + " " + std::to_string(y) + " click 1";
         GError* error = nullptr;
         gint status = 0;
         gchar* output = nullptr;
         gchar* errors = nullptr;
-        ASSERT_TRUE(g_spawn_command_line_sync(command.c_str(), &output, &errors, &status, &error)) << (error != nullptr ? error->message : "");
+        ASSERT_TRUE(g_spawn_command_line_sync(command.c_str(), &output, &errors, &status, &error))
+            << (error != nullptr ? error->message : "");
         const std::string said = std::string(output != nullptr ? output : "") + (errors != nullptr ? errors : "");
         g_free(output);
         g_free(errors);
@@ -214,12 +221,14 @@ protected:
         GtkWidget* toplevel = gtk_widget_get_toplevel(widget);
         int x = 0;
         int y = 0;
-        gtk_widget_translate_coordinates(widget, toplevel, gtk_widget_get_allocated_width(widget) / 2, gtk_widget_get_allocated_height(widget) / 2, &x, &y);
+        gtk_widget_translate_coordinates(widget, toplevel, gtk_widget_get_allocated_width(widget) / 2,
+            gtk_widget_get_allocated_height(widget) / 2, &x, &y);
         // A window the library left smaller than its content would take
         // the click on the desktop behind it.
         GdkWindow* window = gtk_widget_get_window(toplevel);
         ASSERT_TRUE(x < gdk_window_get_width(window) && y < gdk_window_get_height(window))
-            << "(" << x << ", " << y << ") lies outside its window of " << gdk_window_get_width(window) << " × " << gdk_window_get_height(window);
+            << "(" << x << ", " << y << ") lies outside its window of " << gdk_window_get_width(window) << " × "
+            << gdk_window_get_height(window);
         int originX = 0;
         int originY = 0;
         gdk_window_get_origin(window, &originX, &originY);
@@ -253,7 +262,8 @@ protected:
         if (folder == nullptr || window == nullptr)
             return;
         GdkWindow* gdkWindow = gtk_widget_get_window(window);
-        GdkPixbuf* pixbuf = gdk_pixbuf_get_from_window(gdkWindow, 0, 0, gdk_window_get_width(gdkWindow), gdk_window_get_height(gdkWindow));
+        GdkPixbuf* pixbuf = gdk_pixbuf_get_from_window(
+            gdkWindow, 0, 0, gdk_window_get_width(gdkWindow), gdk_window_get_height(gdkWindow));
         ASSERT_NE(pixbuf, nullptr);
         const std::string path = (fs::path(folder) / (name + ".png")).string();
         EXPECT_TRUE(gdk_pixbuf_save(pixbuf, path.c_str(), "png", nullptr, nullptr));
@@ -267,7 +277,8 @@ protected:
         GtkWidget* panel = nullptr;
         for (GList* item = toplevels; item != nullptr; item = item->next) {
             auto* widget = static_cast<GtkWidget*>(item->data);
-            if (widget != m_window && gtk_widget_get_visible(widget) && gtk_window_get_window_type(GTK_WINDOW(widget)) == GTK_WINDOW_TOPLEVEL)
+            if (widget != m_window && gtk_widget_get_visible(widget)
+                && gtk_window_get_window_type(GTK_WINDOW(widget)) == GTK_WINDOW_TOPLEVEL)
                 panel = widget;
         }
         g_list_free(toplevels);
@@ -342,7 +353,8 @@ protected:
                 int x = 0;
                 int y = 0;
                 gdk_window_get_origin(window, &x, &y);
-                return point.x >= x && point.y >= y && point.x < x + gdk_window_get_width(window) && point.y < y + gdk_window_get_height(window);
+                return point.x >= x && point.y >= y && point.x < x + gdk_window_get_width(window)
+                    && point.y < y + gdk_window_get_height(window);
             };
             ASSERT_TRUE(iterateUntil([&] { return m_releases > releases || (quiet() && !panelHas(aimed)); }));
             if (m_releases == releases)
@@ -360,11 +372,15 @@ protected:
     // very thread.
     void hideThroughTheItem()
     {
-        const auto registered = [&] { return m_session->mockCalls(Bus::session, "org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher", "RegisterStatusNotifierItem"); };
+        const auto registered = [&] {
+            return m_session->mockCalls(
+                Bus::session, "org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher", "RegisterStatusNotifierItem");
+        };
         ASSERT_TRUE(iterateUntil([&] { return !registered().empty() && pondVisible(); }));
         const std::string item = g_variant_get_string(registered().front().arguments.at(0).get(), nullptr);
-        g_dbus_connection_call(m_session->connection(Bus::session), item.c_str(), "/StatusNotifierItem", "org.kde.StatusNotifierItem", "Activate",
-            g_variant_new("(ii)", 0, 0), nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr, nullptr);
+        g_dbus_connection_call(m_session->connection(Bus::session), item.c_str(), "/StatusNotifierItem",
+            "org.kde.StatusNotifierItem", "Activate", g_variant_new("(ii)", 0, 0), nullptr, G_DBUS_CALL_FLAGS_NONE, -1,
+            nullptr, nullptr, nullptr);
         ASSERT_TRUE(iterateUntil([&] { return !pondVisible(); }));
     }
 
@@ -389,7 +405,9 @@ protected:
             process, nullptr, [](GObject*, GAsyncResult*, gpointer done) { *static_cast<bool*>(done) = true; }, &ended);
         EXPECT_TRUE(iterateUntil(meanwhile, 30s));
         EXPECT_TRUE(iterateUntil([&] { return ended; }, 60s));
-        EXPECT_TRUE(ended && g_subprocess_get_if_exited(process) != FALSE && g_subprocess_get_exit_status(process) == EXIT_SUCCESS) << name;
+        EXPECT_TRUE(ended && g_subprocess_get_if_exited(process) != FALSE
+            && g_subprocess_get_exit_status(process) == EXIT_SUCCESS)
+            << name;
         g_object_unref(process);
     }
 
@@ -405,7 +423,8 @@ protected:
 private:
     static guint releaseSignal() { return g_signal_lookup("button-release-event", GTK_TYPE_WIDGET); }
 
-    static gboolean countRelease(GSignalInvocationHint* /*hint*/, guint /*count*/, const GValue* /*values*/, gpointer releases)
+    static gboolean countRelease(
+        GSignalInvocationHint* /*hint*/, guint /*count*/, const GValue* /*values*/, gpointer releases)
     {
         ++*static_cast<int*>(releases);
         return TRUE;
@@ -448,7 +467,9 @@ TEST_F(DesktopEndToEnd, ClickOnALotus_ReachesTheStateFile)
 {
     seedOnboardedUser(dataHome());
     start();
-    ASSERT_TRUE(iterateUntil([&] { return m_library.isPondInteractive() != 0 && gtk_widget_get_mapped(m_area) && framed(m_window) && startedUp(); }));
+    ASSERT_TRUE(iterateUntil([&] {
+        return m_library.isPondInteractive() != 0 && gtk_widget_get_mapped(m_area) && framed(m_window) && startedUp();
+    }));
     clickWidget(m_area);
     EXPECT_TRUE(iterateUntil([&] { return stateFile()["lotuses"][topic]["moments"] == seededMoments + 1; }));
     screenshot(m_window, "pond-after-click");
@@ -459,8 +480,8 @@ TEST_F(DesktopEndToEnd, Sleep_HidesEverything)
     seedOnboardedUser(dataHome());
     start();
     ASSERT_TRUE(iterateUntil([&] { return pondVisible() && startedUp(); }));
-    m_session->emit(Bus::system, "org.freedesktop.login1", "/org/freedesktop/login1", "org.freedesktop.login1.Manager", "PrepareForSleep", "b",
-        g_variant_new_parsed("[<true>]"));
+    m_session->emit(Bus::system, "org.freedesktop.login1", "/org/freedesktop/login1", "org.freedesktop.login1.Manager",
+        "PrepareForSleep", "b", g_variant_new_parsed("[<true>]"));
     EXPECT_TRUE(iterateUntil([&] { return !pondVisible(); }));
     EXPECT_FALSE(gtk_widget_get_mapped(m_window));
 }
@@ -474,8 +495,8 @@ TEST_F(DesktopEndToEnd, TimeZoneChange_RefreshesThePractice)
     // The machine's zone changes (timedated would rewrite /etc/localtime;
     // TZ stands for it in this process), then timedated tells.
     g_setenv("TZ", "Asia/Tokyo", TRUE);
-    m_session->call(Bus::system, "org.freedesktop.timedate1", "/org/freedesktop/timedate1", "org.freedesktop.timedate1", "SetTimezone",
-        g_variant_new("(sb)", "Asia/Tokyo", FALSE));
+    m_session->call(Bus::system, "org.freedesktop.timedate1", "/org/freedesktop/timedate1", "org.freedesktop.timedate1",
+        "SetTimezone", g_variant_new("(sb)", "Asia/Tokyo", FALSE));
     EXPECT_TRUE(iterateUntil([&] { return takeSnapshots() > 0; }));
 }
 
@@ -488,10 +509,17 @@ TEST_F(DesktopEndToEnd, Reminder_IsPostedAtItsMinuteAndItsClickOpensThePond)
     seedOnboardedUser(dataHome(), true, local.tm_hour, local.tm_min);
     start();
     hideThroughTheItem();
-    ASSERT_TRUE(iterateUntil([&] { return !m_session->mockCalls(Bus::session, "org.freedesktop.Notifications", "/org/freedesktop/Notifications", "Notify").empty(); }, 90s));
+    ASSERT_TRUE(iterateUntil(
+        [&] {
+            return !m_session
+                        ->mockCalls(
+                            Bus::session, "org.freedesktop.Notifications", "/org/freedesktop/Notifications", "Notify")
+                        .empty();
+        },
+        90s));
     // The daemon numbers its notifications from 1.
-    m_session->emit(Bus::session, "org.freedesktop.Notifications", "/org/freedesktop/Notifications", "org.freedesktop.Notifications", "ActionInvoked", "us",
-        g_variant_new_parsed("[<@u 1>, <'default'>]"));
+    m_session->emit(Bus::session, "org.freedesktop.Notifications", "/org/freedesktop/Notifications",
+        "org.freedesktop.Notifications", "ActionInvoked", "us", g_variant_new_parsed("[<@u 1>, <'default'>]"));
     EXPECT_TRUE(iterateUntil([&] { return pondVisible(); }));
 }
 
@@ -512,16 +540,19 @@ TEST_F(DesktopEndToEnd, Onboarding_ClickedThroughThePanel_EndsInAPondWithLotuses
     const auto primary = [](GtkWidget* panel) -> GtkWidget* {
         // The footer's button, which leads on.
         const auto found = widgets(panel, [](GtkWidget* widget) {
-            return GTK_IS_BUTTON(widget) && hasRole(widget, ATK_ROLE_PUSH_BUTTON) && gtk_widget_get_hexpand(widget) && gtk_widget_is_sensitive(widget);
+            return GTK_IS_BUTTON(widget) && hasRole(widget, ATK_ROLE_PUSH_BUTTON) && gtk_widget_get_hexpand(widget)
+                && gtk_widget_is_sensitive(widget);
         });
         return found.empty() ? nullptr : found.back();
     };
     const auto firstTopic = [](GtkWidget* panel) -> GtkWidget* {
-        const auto found = widgets(panel, [](GtkWidget* widget) { return std::string_view(gtk_widget_get_name(widget)).starts_with("topic."); });
+        const auto found = widgets(panel,
+            [](GtkWidget* widget) { return std::string_view(gtk_widget_get_name(widget)).starts_with("topic."); });
         return found.empty() ? nullptr : found.front();
     };
     const auto loginSwitch = [](GtkWidget* panel) -> GtkWidget* {
-        const auto found = widgets(panel, [](GtkWidget* widget) { return GTK_IS_BUTTON(widget) && hasRole(widget, ATK_ROLE_TOGGLE_BUTTON); });
+        const auto found = widgets(
+            panel, [](GtkWidget* widget) { return GTK_IS_BUTTON(widget) && hasRole(widget, ATK_ROLE_TOGGLE_BUTTON); });
         return found.empty() ? nullptr : found.front();
     };
 
@@ -544,12 +575,14 @@ TEST_F(DesktopEndToEnd, Onboarding_ClickedThroughThePanel_EndsInAPondWithLotuses
     ASSERT_NO_FATAL_FAILURE(clickOnPanel(primary));
     ASSERT_NO_FATAL_FAILURE(clickOnPanel(primary));
 
-    ASSERT_TRUE(iterateUntil([&] { return pondCame() && gtk_widget_get_mapped(m_area) && quiet(); })) << ::testing::PrintToString(panelShows());
+    ASSERT_TRUE(iterateUntil([&] { return pondCame() && gtk_widget_get_mapped(m_area) && quiet(); }))
+        << ::testing::PrintToString(panelShows());
     const json state = stateFile();
     EXPECT_EQ(state["onboarded"], true);
     EXPECT_EQ(state["selected"].size(), chosen.size());
     for (const std::string& topicID : chosen)
-        EXPECT_NE(std::find(state["selected"].begin(), state["selected"].end(), topicID), state["selected"].end()) << topicID;
+        EXPECT_NE(std::find(state["selected"].begin(), state["selected"].end(), topicID), state["selected"].end())
+            << topicID;
     screenshot(m_window, "pond-after-onboarding");
 
     // Launch at login was switched on in the introduction: the entry starts
@@ -584,24 +617,32 @@ TEST_F(DesktopEndToEnd, Noticings_WriteTheStateFileAndDoNothingElse)
     // The first text drawn on an X screen looks up its font settings (and
     // without X resources, reads ~/.Xdefaults); that belongs to showing
     // the pond, so it is over before the noticings.
-    const std::vector<GtkWidget*> chrome = widgets(m_window, [](GtkWidget* widget) { return g_strcmp0(gtk_widget_get_name(widget), "velmora-chrome") == 0; });
+    const std::vector<GtkWidget*> chrome = widgets(
+        m_window, [](GtkWidget* widget) { return g_strcmp0(gtk_widget_get_name(widget), "velmora-chrome") == 0; });
     ASSERT_EQ(chrome.size(), 1U);
     bool chromeDrawn = false;
-    const gulong drawn = g_signal_connect_after(chrome.front(), "draw", G_CALLBACK(+[](GtkWidget*, cairo_t*, gpointer flag) {
-        *static_cast<bool*>(flag) = true;
-        return FALSE;
-    }),
-        &chromeDrawn);
+    const gulong drawn
+        = g_signal_connect_after(chrome.front(), "draw", G_CALLBACK(+[](GtkWidget*, cairo_t*, gpointer flag) {
+              *static_cast<bool*>(flag) = true;
+              return FALSE;
+          }),
+            &chromeDrawn);
     gtk_widget_queue_draw(chrome.front());
     ASSERT_TRUE(iterateUntil([&] { return chromeDrawn && g_main_context_pending(nullptr) == FALSE; }));
     g_signal_handler_disconnect(chrome.front(), drawn);
     // The first write makes its temporary itself; every later one finds it
     // made ahead, after the write before it.
     const fs::path folder = dataHome() / "app.velmora.mac";
-    const auto isTemporary = [&folder](const fs::path& opened) { return opened.filename().string().starts_with(".practice.json.") && opened.parent_path() == folder; };
-    const auto temporaryOnDisk = [&] { return std::ranges::any_of(fs::directory_iterator(folder), [&](const fs::directory_entry& entry) { return isTemporary(entry.path()); }); };
+    const auto isTemporary = [&folder](const fs::path& opened) {
+        return opened.filename().string().starts_with(".practice.json.") && opened.parent_path() == folder;
+    };
+    const auto temporaryOnDisk = [&] {
+        return std::ranges::any_of(fs::directory_iterator(folder),
+            [&](const fs::directory_entry& entry) { return isTemporary(entry.path()); });
+    };
     m_library.notice(topic);
-    ASSERT_TRUE(iterateUntil([&] { return takeSnapshots() > 0 && g_main_context_pending(nullptr) == FALSE && temporaryOnDisk(); }));
+    ASSERT_TRUE(iterateUntil(
+        [&] { return takeSnapshots() > 0 && g_main_context_pending(nullptr) == FALSE && temporaryOnDisk(); }));
 
     const auto temporariesMade = [&isTemporary] {
         int made = 0;
@@ -619,7 +660,8 @@ TEST_F(DesktopEndToEnd, Noticings_WriteTheStateFileAndDoNothingElse)
     }
     // Whatever the noticings set going has run, the last temporary made
     // ahead included.
-    ASSERT_TRUE(iterateUntil([&] { return g_main_context_pending(nullptr) == FALSE && temporariesMade() >= noticings; }));
+    ASSERT_TRUE(
+        iterateUntil([&] { return g_main_context_pending(nullptr) == FALSE && temporariesMade() >= noticings; }));
     fileOpenRecorderStop();
 
     EXPECT_EQ(stateFile()["lotuses"][topic]["moments"], seededMoments + 1 + noticings);

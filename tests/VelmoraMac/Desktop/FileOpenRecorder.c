@@ -17,8 +17,7 @@
 #include <string.h>
 #include <sys/types.h>
 
-enum { capacity = 256,
-    longestPath = 512 };
+enum { capacity = 256, longestPath = 512 };
 
 static atomic_bool recording;
 static atomic_size_t recorded;

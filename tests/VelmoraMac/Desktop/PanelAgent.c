@@ -66,7 +66,8 @@ static gboolean lookForTheSwitch(gpointer unused)
     return G_SOURCE_REMOVE;
 }
 
-G_MODULE_EXPORT void gtk_module_init(gint* argc, gchar*** argv) /* NOLINT(readability-identifier-naming,readability-non-const-parameter) */
+/* NOLINTNEXTLINE(readability-identifier-naming,readability-non-const-parameter) */
+G_MODULE_EXPORT void gtk_module_init(gint* argc, gchar*** argv)
 {
     const char* task = g_getenv("VELMORA_TEST_AGENT");
     (void)argc;

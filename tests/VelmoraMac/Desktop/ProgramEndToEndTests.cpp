@@ -61,7 +61,10 @@ std::optional<std::string> outputOf(const std::vector<std::string>& command)
     argv.push_back(nullptr);
     gchar* output = nullptr;
     gint status = 0;
-    if (g_spawn_sync(nullptr, const_cast<gchar**>(argv.data()), nullptr, static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_STDERR_TO_DEV_NULL), nullptr, nullptr, &output, nullptr, &status, nullptr) == FALSE) // NOLINT(cppcoreguidelines-pro-type-const-cast): GLib only reads it
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): GLib only reads it
+    gchar** words = const_cast<gchar**>(argv.data());
+    const auto flags = static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_STDERR_TO_DEV_NULL);
+    if (g_spawn_sync(nullptr, words, nullptr, flags, nullptr, nullptr, &output, nullptr, &status, nullptr) == FALSE)
         return std::nullopt;
     std::string text = output != nullptr ? output : "";
     g_free(output);
@@ -73,7 +76,8 @@ std::optional<std::string> outputOf(const std::vector<std::string>& command)
 // The windows of process `pid` that are on the screen now, by X id.
 std::vector<std::string> shownWindowsOf(pid_t pid)
 {
-    const std::optional<std::string> found = outputOf({"xdotool", "search", "--all", "--onlyvisible", "--pid", std::to_string(pid), ".*"});
+    const std::optional<std::string> found
+        = outputOf({"xdotool", "search", "--all", "--onlyvisible", "--pid", std::to_string(pid), ".*"});
     std::vector<std::string> windows;
     std::istringstream lines(found.value_or(""));
     for (std::string line; std::getline(lines, line);) {
@@ -153,10 +157,10 @@ protected:
     void seedOnboardedUser() const
     {
         fs::create_directories(dataHome() / "app.velmora.mac");
-        const json state = {
-            {"version", 1}, {"onboarded", true}, {"selected", {"phone", "smoking"}}, {"lotuses", json::object()}, {"practiceDays", json::array()},
-            {"language", "system"}, {"hintSeen", true}, {"reminderEnabled", false}, {"reminderHour", 20}, {"reminderMinute", 0},
-            {"waterSoundEnabled", false}, {"bellSoundEnabled", false}};
+        const json state
+            = {{"version", 1}, {"onboarded", true}, {"selected", {"phone", "smoking"}}, {"lotuses", json::object()},
+                {"practiceDays", json::array()}, {"language", "system"}, {"hintSeen", true}, {"reminderEnabled", false},
+                {"reminderHour", 20}, {"reminderMinute", 0}, {"waterSoundEnabled", false}, {"bellSoundEnabled", false}};
         std::ofstream(dataHome() / "app.velmora.mac" / "practice.json") << state.dump();
     }
 
@@ -187,7 +191,8 @@ protected:
         if (agent)
             useAgent(launcher);
         GError* error = nullptr;
-        GSubprocess* gio = g_subprocess_launcher_spawn(launcher, &error, "gio", "launch", autostartEntry().c_str(), nullptr);
+        GSubprocess* gio
+            = g_subprocess_launcher_spawn(launcher, &error, "gio", "launch", autostartEntry().c_str(), nullptr);
         g_object_unref(launcher);
         ASSERT_NE(gio, nullptr) << error->message;
         ASSERT_TRUE(g_subprocess_wait_check(gio, nullptr, &error)) << error->message;
@@ -204,7 +209,8 @@ protected:
     [[nodiscard]] std::vector<std::string> registeredItems() const
     {
         std::vector<std::string> items;
-        for (const DesktopSession::MockCall& call : m_session->mockCalls(Bus::session, watcher, "/StatusNotifierWatcher", "RegisterStatusNotifierItem"))
+        for (const DesktopSession::MockCall& call :
+            m_session->mockCalls(Bus::session, watcher, "/StatusNotifierWatcher", "RegisterStatusNotifierItem"))
             items.emplace_back(g_variant_get_string(call.arguments.at(0).get(), nullptr));
         return items;
     }
@@ -213,7 +219,8 @@ protected:
     std::string awaitItem(std::size_t count)
     {
         std::vector<std::string> items;
-        EXPECT_TRUE(iterateUntil([&] { return (items = registeredItems()).size() >= count; }, 30s)) << "no tray item came";
+        EXPECT_TRUE(iterateUntil([&] { return (items = registeredItems()).size() >= count; }, 30s))
+            << "no tray item came";
         return items.size() >= count ? items[count - 1] : std::string();
     }
 
@@ -227,8 +234,9 @@ protected:
     // The menu entries of `item` as a host reads them: id by label.
     [[nodiscard]] std::optional<int> menuEntry(const std::string& item, const std::string& label) const
     {
-        GVariant* reply = g_dbus_connection_call_sync(m_session->connection(Bus::session), item.c_str(), "/MenuBar", "com.canonical.dbusmenu", "GetLayout",
-            g_variant_new("(ii@as)", 0, -1, g_variant_new_strv(nullptr, 0)), G_VARIANT_TYPE("(u(ia{sv}av))"), G_DBUS_CALL_FLAGS_NONE, 5000, nullptr, nullptr);
+        GVariant* reply = g_dbus_connection_call_sync(m_session->connection(Bus::session), item.c_str(), "/MenuBar",
+            "com.canonical.dbusmenu", "GetLayout", g_variant_new("(ii@as)", 0, -1, g_variant_new_strv(nullptr, 0)),
+            G_VARIANT_TYPE("(u(ia{sv}av))"), G_DBUS_CALL_FLAGS_NONE, 5000, nullptr, nullptr);
         if (reply == nullptr)
             return std::nullopt;
         std::optional<int> found;
@@ -260,15 +268,18 @@ protected:
     void chooseFromMenu(const std::string& item, const std::string& label) const
     {
         std::optional<int> entry;
-        ASSERT_TRUE(iterateUntil([&] { return (entry = menuEntry(item, label)).has_value(); }, 20s)) << "no menu entry " << label;
-        g_dbus_connection_call(m_session->connection(Bus::session), item.c_str(), "/MenuBar", "com.canonical.dbusmenu", "Event",
-            g_variant_new("(isvu)", *entry, "clicked", g_variant_new_int32(0), static_cast<guint32>(0)), nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr, nullptr);
+        ASSERT_TRUE(iterateUntil([&] { return (entry = menuEntry(item, label)).has_value(); }, 20s))
+            << "no menu entry " << label;
+        g_dbus_connection_call(m_session->connection(Bus::session), item.c_str(), "/MenuBar", "com.canonical.dbusmenu",
+            "Event", g_variant_new("(isvu)", *entry, "clicked", g_variant_new_int32(0), static_cast<guint32>(0)),
+            nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr, nullptr);
     }
 
     // A left click on the item, as a tray host sends it.
     void clickItem(const std::string& item) const
     {
-        m_session->call(Bus::session, item, "/StatusNotifierItem", "org.kde.StatusNotifierItem", "Activate", g_variant_new("(ii)", 0, 0));
+        m_session->call(Bus::session, item, "/StatusNotifierItem", "org.kde.StatusNotifierItem", "Activate",
+            g_variant_new("(ii)", 0, 0));
     }
 
     // Opens the settings panel from the item's menu, where the agent clicks
@@ -282,7 +293,8 @@ protected:
             chooseFromMenu(item, "Settings");
             return iterateUntil([&] { return fs::exists(autostartEntry()) == there; }, 5s);
         };
-        ASSERT_TRUE(iterateUntil(openedAndSwitched, 40s)) << "launch at login was not switched " << (there ? "on" : "off");
+        ASSERT_TRUE(iterateUntil(openedAndSwitched, 40s))
+            << "launch at login was not switched " << (there ? "on" : "off");
     }
 
     // Runs the program as the menu starts it, switches launch at login on
@@ -323,13 +335,16 @@ TEST_F(ProgramEndToEnd, FromTheMenu_TheWindowAndTheTrayItemCarryTheEntrysClassAn
     ASSERT_FALSE(item.empty());
     const pid_t program = processOf(item);
     std::vector<std::string> windows;
-    ASSERT_TRUE(iterateUntil([&] { return !(windows = shownWindowsOf(program)).empty(); }, 20s)) << "the pond did not show";
+    ASSERT_TRUE(iterateUntil([&] { return !(windows = shownWindowsOf(program)).empty(); }, 20s))
+        << "the pond did not show";
     const std::string wmClass = desktopKey(entry, "StartupWMClass");
-    EXPECT_EQ(windowProperty(windows.front(), "WM_CLASS"), "WM_CLASS(STRING) = \"" + wmClass + "\", \"" + wmClass + "\"\n");
-    EXPECT_TRUE(windowProperty(windows.front(), "_NET_WM_ICON").starts_with("_NET_WM_ICON(CARDINAL) = ")) << "the window has no icon";
+    EXPECT_EQ(
+        windowProperty(windows.front(), "WM_CLASS"), "WM_CLASS(STRING) = \"" + wmClass + "\", \"" + wmClass + "\"\n");
+    EXPECT_TRUE(windowProperty(windows.front(), "_NET_WM_ICON").starts_with("_NET_WM_ICON(CARDINAL) = "))
+        << "the window has no icon";
 
-    const DesktopSession::VariantPointer name = m_session->call(Bus::session, item, "/StatusNotifierItem", "org.freedesktop.DBus.Properties", "Get",
-        g_variant_new("(ss)", "org.kde.StatusNotifierItem", "IconName"));
+    const DesktopSession::VariantPointer name = m_session->call(Bus::session, item, "/StatusNotifierItem",
+        "org.freedesktop.DBus.Properties", "Get", g_variant_new("(ss)", "org.kde.StatusNotifierItem", "IconName"));
     GVariant* value = nullptr;
     g_variant_get(name.get(), "(v)", &value);
     EXPECT_EQ(std::string(g_variant_get_string(value, nullptr)), icon);
@@ -345,7 +360,9 @@ TEST_F(ProgramEndToEnd, FromTheMenu_TheWindowAndTheTrayItemCarryTheEntrysClassAn
 TEST_F(ProgramEndToEnd, LaunchAtLogin_TheEntryStartsTheProgramHiddenInTheTray)
 {
     ASSERT_NO_FATAL_FAILURE(switchLaunchAtLoginOn());
-    EXPECT_EQ(desktopKey(autostartEntry(), G_KEY_FILE_DESKTOP_KEY_EXEC), std::string("env VELMORA_LOGIN_LAUNCH=1 ") + VELMORA_PROGRAM) << fileText(autostartEntry());
+    EXPECT_EQ(desktopKey(autostartEntry(), G_KEY_FILE_DESKTOP_KEY_EXEC),
+        std::string("env VELMORA_LOGIN_LAUNCH=1 ") + VELMORA_PROGRAM)
+        << fileText(autostartEntry());
 
     ASSERT_NO_FATAL_FAILURE(startAtLogin(false));
     const std::string item = awaitItem(2);

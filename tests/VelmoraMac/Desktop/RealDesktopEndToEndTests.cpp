@@ -38,13 +38,14 @@ using namespace std::chrono_literals;
 
 constexpr const char* topic = "smoking";
 
-void seedOnboardedUser(const fs::path& dataHome, bool reminderEnabled = false, int reminderHour = 20, int reminderMinute = 0)
+void seedOnboardedUser(
+    const fs::path& dataHome, bool reminderEnabled = false, int reminderHour = 20, int reminderMinute = 0)
 {
     fs::create_directories(dataHome / "app.velmora.mac");
-    const json state = {{"version", 1}, {"onboarded", true}, {"selected", {"doomscrolling", "phone", topic}}, {"lotuses", {{topic, {{"moments", 12}}}}},
-        {"practiceDays", json::array()}, {"language", "system"}, {"hintSeen", true}, {"reminderEnabled", reminderEnabled}, {"reminderHour", reminderHour},
-        {"reminderMinute", reminderMinute},
-        {"waterSoundEnabled", false}, {"bellSoundEnabled", false}};
+    const json state = {{"version", 1}, {"onboarded", true}, {"selected", {"doomscrolling", "phone", topic}},
+        {"lotuses", {{topic, {{"moments", 12}}}}}, {"practiceDays", json::array()}, {"language", "system"},
+        {"hintSeen", true}, {"reminderEnabled", reminderEnabled}, {"reminderHour", reminderHour},
+        {"reminderMinute", reminderMinute}, {"waterSoundEnabled", false}, {"bellSoundEnabled", false}};
     std::ofstream(dataHome / "app.velmora.mac" / "practice.json") << state.dump();
 }
 
@@ -60,8 +61,13 @@ std::string run(const std::vector<std::string>& command)
     gchar* output = nullptr;
     gint status = 0;
     GError* error = nullptr;
-    const bool ran = g_spawn_sync(nullptr, const_cast<gchar**>(arguments.data()), nullptr, G_SPAWN_SEARCH_PATH, nullptr, nullptr, &output, nullptr, &status, &error) != FALSE; // NOLINT(cppcoreguidelines-pro-type-const-cast): GLib's argv is not const
-    EXPECT_TRUE(ran && g_spawn_check_wait_status(status, nullptr) != FALSE) << command.front() << ": " << (error != nullptr ? error->message : "failed");
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): GLib's argv is not const
+    gchar** words = const_cast<gchar**>(arguments.data());
+    const bool ran = g_spawn_sync(nullptr, words, nullptr, G_SPAWN_SEARCH_PATH, nullptr, nullptr, &output, nullptr,
+                         &status, &error)
+        != FALSE;
+    EXPECT_TRUE(ran && g_spawn_check_wait_status(status, nullptr) != FALSE)
+        << command.front() << ": " << (error != nullptr ? error->message : "failed");
     if (error != nullptr)
         g_error_free(error);
     std::string text = output != nullptr ? output : "";
@@ -71,7 +77,8 @@ std::string run(const std::vector<std::string>& command)
 
 // A call that may reach this very process (the library's item and menu
 // answer on this thread): sent, then answered while the loop runs.
-DesktopSession::VariantPointer callAndWait(const char* destination, const char* path, const char* interface, const char* method, GVariant* parameters)
+DesktopSession::VariantPointer callAndWait(
+    const char* destination, const char* path, const char* interface, const char* method, GVariant* parameters)
 {
     struct Answer {
         bool done = false;
@@ -93,8 +100,7 @@ DesktopSession::VariantPointer callAndWait(const char* destination, const char* 
 
 class RealDesktop : public ::testing::Test {
 protected:
-    enum class Desktop { sway,
-        xfce };
+    enum class Desktop { sway, xfce };
 
     explicit RealDesktop(Desktop desktop)
         : m_desktop(desktop)
@@ -106,10 +112,13 @@ protected:
         g_setenv("XDG_DATA_HOME", (m_home / "data").c_str(), TRUE);
         g_setenv("XDG_CONFIG_HOME", (m_home / "config").c_str(), TRUE);
         const bool sway = m_desktop == Desktop::sway;
-        if (g_strcmp0(g_getenv("VELMORA_DESKTOP"), sway ? "sway" : "xfce") != 0 || gtk_init_check(nullptr, nullptr) == FALSE
+        if (g_strcmp0(g_getenv("VELMORA_DESKTOP"), sway ? "sway" : "xfce") != 0
+            || gtk_init_check(nullptr, nullptr) == FALSE
             || GDK_IS_WAYLAND_DISPLAY(gdk_display_get_default()) != (sway ? TRUE : FALSE))
-            GTEST_SKIP() << "not on the test command's " << (sway ? "sway (scripts/with-wayland.sh)" : "xfce (scripts/with-desktop.sh)");
-        m_mapHook = g_signal_add_emission_hook(g_signal_lookup("map", GTK_TYPE_WIDGET), 0, &RealDesktop::mapped, this, nullptr);
+            GTEST_SKIP() << "not on the test command's "
+                         << (sway ? "sway (scripts/with-wayland.sh)" : "xfce (scripts/with-desktop.sh)");
+        m_mapHook = g_signal_add_emission_hook(
+            g_signal_lookup("map", GTK_TYPE_WIDGET), 0, &RealDesktop::mapped, this, nullptr);
     }
 
     void TearDown() override
@@ -190,7 +199,8 @@ protected:
     static void type(const std::vector<std::string>& keys)
     {
         std::vector<std::string> command{"wtype"};
-        gchar** keymap = g_strsplit(g_getenv("VELMORA_WTYPE_KEYMAP") != nullptr ? g_getenv("VELMORA_WTYPE_KEYMAP") : "", " ", -1);
+        gchar** keymap
+            = g_strsplit(g_getenv("VELMORA_WTYPE_KEYMAP") != nullptr ? g_getenv("VELMORA_WTYPE_KEYMAP") : "", " ", -1);
         for (gchar** word = keymap; *word != nullptr; ++word) {
             if (**word != '\0')
                 command.emplace_back(*word);
@@ -220,7 +230,9 @@ protected:
         bool another = false;
         for (GList* item = toplevels; item != nullptr; item = item->next) {
             auto* widget = static_cast<GtkWidget*>(item->data);
-            another = another || (widget != m_window && gtk_widget_get_visible(widget) && gtk_window_get_window_type(GTK_WINDOW(widget)) == GTK_WINDOW_TOPLEVEL);
+            another = another
+                || (widget != m_window && gtk_widget_get_visible(widget)
+                    && gtk_window_get_window_type(GTK_WINDOW(widget)) == GTK_WINDOW_TOPLEVEL);
         }
         g_list_free(toplevels);
         return another;
@@ -229,7 +241,9 @@ protected:
     // The settings panel: in the pond's own window on Wayland.
     [[nodiscard]] GtkWidget* panel() const
     {
-        const auto found = widgets(m_window, [](GtkWidget* widget) { return gtk_style_context_has_class(gtk_widget_get_style_context(widget), "velmora-panel") != FALSE; });
+        const auto found = widgets(m_window, [](GtkWidget* widget) {
+            return gtk_style_context_has_class(gtk_widget_get_style_context(widget), "velmora-panel") != FALSE;
+        });
         return found.empty() ? nullptr : found.front();
     }
 
@@ -276,11 +290,14 @@ protected:
     // Space on it, and waits until the page has gone or the pond has come.
     void activateByKeyboard(GtkWidget* target)
     {
-        g_object_add_weak_pointer(G_OBJECT(target), reinterpret_cast<gpointer*>(&target)); // NOLINT(cppcoreguidelines-pro-type-reinterpret-cast): GLib's weak pointer
+        // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): GLib's weak pointer
+        auto* weak = reinterpret_cast<gpointer*>(&target);
+        g_object_add_weak_pointer(G_OBJECT(target), weak);
         for (int tab = 0; tab < 40 && target != nullptr && gtk_widget_has_focus(target) == FALSE; ++tab) {
             GtkWidget* before = gtk_window_get_focus(GTK_WINDOW(m_window));
             type({"-k", "Tab"});
-            (void)iterateUntil([&] { return target == nullptr || gtk_window_get_focus(GTK_WINDOW(m_window)) != before; }, 5s);
+            (void)iterateUntil(
+                [&] { return target == nullptr || gtk_window_get_focus(GTK_WINDOW(m_window)) != before; }, 5s);
         }
         if (target == nullptr)
             return; // The page was drawn again meanwhile; the caller looks again.
@@ -288,7 +305,7 @@ protected:
         type({"-k", "space"});
         const bool changed = iterateUntil([&] { return target == nullptr || (pondVisible() && panel() == nullptr); });
         if (target != nullptr)
-            g_object_remove_weak_pointer(G_OBJECT(target), reinterpret_cast<gpointer*>(&target)); // NOLINT(cppcoreguidelines-pro-type-reinterpret-cast): as above
+            g_object_remove_weak_pointer(G_OBJECT(target), weak);
         ASSERT_TRUE(changed) << "the key changed nothing";
     }
 
@@ -307,15 +324,18 @@ protected:
         const std::string address = itemAddress();
         const std::string process = "-" + std::to_string(::getpid()) + "-";
         const std::vector<std::string> items = registeredItems();
-        return std::ranges::any_of(items, [&](const std::string& item) { return item.starts_with(address) || item.find(process) != std::string::npos; });
+        return std::ranges::any_of(items, [&](const std::string& item) {
+            return item.starts_with(address) || item.find(process) != std::string::npos;
+        });
     }
 
     // The items the tray host's watcher lists.
     static std::vector<std::string> registeredItems()
     {
         std::vector<std::string> items;
-        const auto value = callAndWait("org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher", "org.freedesktop.DBus.Properties", "Get",
-            g_variant_new("(ss)", "org.kde.StatusNotifierWatcher", "RegisteredStatusNotifierItems"));
+        const auto value
+            = callAndWait("org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher", "org.freedesktop.DBus.Properties",
+                "Get", g_variant_new("(ss)", "org.kde.StatusNotifierWatcher", "RegisteredStatusNotifierItems"));
         if (!value)
             return items;
         GVariant* inner = nullptr;
@@ -331,7 +351,8 @@ protected:
 
     static void clickItem()
     {
-        (void)callAndWait(itemAddress().c_str(), "/StatusNotifierItem", "org.kde.StatusNotifierItem", "Activate", g_variant_new("(ii)", 0, 0));
+        (void)callAndWait(itemAddress().c_str(), "/StatusNotifierItem", "org.kde.StatusNotifierItem", "Activate",
+            g_variant_new("(ii)", 0, 0));
     }
 
     // Chooses the item's menu entry labelled `label`, as the tray host
@@ -339,13 +360,15 @@ protected:
     static void chooseFromMenu(const std::string& label)
     {
         const std::string address = itemAddress();
-        const auto menuProperty = callAndWait(address.c_str(), "/StatusNotifierItem", "org.freedesktop.DBus.Properties", "Get", g_variant_new("(ss)", "org.kde.StatusNotifierItem", "Menu"));
+        const auto menuProperty = callAndWait(address.c_str(), "/StatusNotifierItem", "org.freedesktop.DBus.Properties",
+            "Get", g_variant_new("(ss)", "org.kde.StatusNotifierItem", "Menu"));
         ASSERT_TRUE(menuProperty);
         GVariant* inner = nullptr;
         g_variant_get(menuProperty.get(), "(v)", &inner);
         const std::string menu = g_variant_get_string(inner, nullptr);
         g_variant_unref(inner);
-        const auto layout = callAndWait(address.c_str(), menu.c_str(), "com.canonical.dbusmenu", "GetLayout", g_variant_new("(ii@as)", 0, -1, g_variant_new_strv(nullptr, 0)));
+        const auto layout = callAndWait(address.c_str(), menu.c_str(), "com.canonical.dbusmenu", "GetLayout",
+            g_variant_new("(ii@as)", 0, -1, g_variant_new_strv(nullptr, 0)));
         ASSERT_TRUE(layout);
         GVariant* root = g_variant_get_child_value(layout.get(), 1);
         GVariant* children = g_variant_get_child_value(root, 2);
@@ -367,7 +390,8 @@ protected:
         g_variant_unref(children);
         g_variant_unref(root);
         ASSERT_TRUE(id) << "no entry " << label;
-        (void)callAndWait(address.c_str(), menu.c_str(), "com.canonical.dbusmenu", "Event", g_variant_new("(isvu)", *id, "clicked", g_variant_new_int32(0), 0U));
+        (void)callAndWait(address.c_str(), menu.c_str(), "com.canonical.dbusmenu", "Event",
+            g_variant_new("(isvu)", *id, "clicked", g_variant_new_int32(0), 0U));
     }
 
     TemporaryFolder m_home;
@@ -437,7 +461,8 @@ TEST_F(WaylandDesktop, FullScreen_OnlyWhenAskedAndBothWaysWithoutAWindowLoop)
 {
     seedOnboardedUser(dataHome());
     start();
-    ASSERT_TRUE(iterateUntil([&] { return pondVisible() && windowedOnCompositor() && gtk_window_is_active(GTK_WINDOW(m_window)); }));
+    ASSERT_TRUE(iterateUntil(
+        [&] { return pondVisible() && windowedOnCompositor() && gtk_window_is_active(GTK_WINDOW(m_window)); }));
     expectNoWindowLoop("showing the pond");
     EXPECT_TRUE(windowedOnCompositor()) << "the pond went full screen by itself";
 
@@ -476,7 +501,8 @@ TEST_F(WaylandDesktop, FullScreen_OnlyWhenAskedAndBothWaysWithoutAWindowLoop)
 TEST_F(WaylandDesktop, Onboarding_ByKeyboard_EndsInAPondAndTheSettingsLieOverIt)
 {
     start();
-    ASSERT_TRUE(iterateUntil([&] { return panel() != nullptr && pondNode() && gtk_window_is_active(GTK_WINDOW(m_window)); }));
+    ASSERT_TRUE(
+        iterateUntil([&] { return panel() != nullptr && pondNode() && gtk_window_is_active(GTK_WINDOW(m_window)); }));
     // One window of ours, on the output, holding the panel.
     const json node = *pondNode();
     EXPECT_LE(node["rect"]["x"].get<int>() + node["rect"]["width"].get<int>(), 1440);
@@ -485,7 +511,8 @@ TEST_F(WaylandDesktop, Onboarding_ByKeyboard_EndsInAPondAndTheSettingsLieOverIt)
     screenshot("onboarding-welcome");
     // Return begins at once.
     GtkWidget* begin = gtk_window_get_focus(GTK_WINDOW(m_window));
-    EXPECT_TRUE(begin != nullptr && GTK_IS_BUTTON(begin) && gtk_widget_get_hexpand(begin)) << "the welcome page's button does not have the keyboard";
+    EXPECT_TRUE(begin != nullptr && GTK_IS_BUTTON(begin) && gtk_widget_get_hexpand(begin))
+        << "the welcome page's button does not have the keyboard";
 
     std::vector<std::string> chosen;
     bool loginSwitched = false;
@@ -495,8 +522,10 @@ TEST_F(WaylandDesktop, Onboarding_ByKeyboard_EndsInAPondAndTheSettingsLieOverIt)
         // Each page gives the keyboard to one of its controls, never to
         // something that shows no focus.
         GtkWidget* focused = gtk_window_get_focus(GTK_WINDOW(m_window));
-        EXPECT_TRUE(focused != nullptr && gtk_widget_is_ancestor(focused, shown) && GTK_IS_BUTTON(focused)) << "page " << page;
-        const auto topics = widgets(shown, [](GtkWidget* widget) { return std::string_view(gtk_widget_get_name(widget)).starts_with("topic."); });
+        EXPECT_TRUE(focused != nullptr && gtk_widget_is_ancestor(focused, shown) && GTK_IS_BUTTON(focused))
+            << "page " << page;
+        const auto topics = widgets(shown,
+            [](GtkWidget* widget) { return std::string_view(gtk_widget_get_name(widget)).starts_with("topic."); });
         if (!topics.empty()) {
             std::string first = std::string(gtk_widget_get_name(topics.front())).substr(6);
             if (std::ranges::find(chosen, first) == chosen.end()) {
@@ -505,14 +534,16 @@ TEST_F(WaylandDesktop, Onboarding_ByKeyboard_EndsInAPondAndTheSettingsLieOverIt)
                 continue;
             }
         }
-        const auto switches = widgets(shown, [](GtkWidget* widget) { return GTK_IS_BUTTON(widget) && hasRole(widget, ATK_ROLE_TOGGLE_BUTTON); });
+        const auto switches = widgets(
+            shown, [](GtkWidget* widget) { return GTK_IS_BUTTON(widget) && hasRole(widget, ATK_ROLE_TOGGLE_BUTTON); });
         if (!switches.empty() && !loginSwitched) {
             ASSERT_NO_FATAL_FAILURE(activateByKeyboard(switches.front()));
             loginSwitched = true;
             continue;
         }
         const auto primary = widgets(shown, [](GtkWidget* widget) {
-            return GTK_IS_BUTTON(widget) && hasRole(widget, ATK_ROLE_PUSH_BUTTON) && gtk_widget_get_hexpand(widget) && gtk_widget_is_sensitive(widget);
+            return GTK_IS_BUTTON(widget) && hasRole(widget, ATK_ROLE_PUSH_BUTTON) && gtk_widget_get_hexpand(widget)
+                && gtk_widget_is_sensitive(widget);
         });
         ASSERT_FALSE(primary.empty()) << "no way on from page " << page;
         ASSERT_NO_FATAL_FAILURE(activateByKeyboard(primary.back()));
@@ -526,12 +557,14 @@ TEST_F(WaylandDesktop, Onboarding_ByKeyboard_EndsInAPondAndTheSettingsLieOverIt)
     // The settings from the tray's menu: over the pond, in its window, with
     // the keyboard; Escape returns to the pond.
     chooseFromMenu("Settings");
-    ASSERT_TRUE(iterateUntil([&] { return panel() != nullptr && pondNode() && gtk_window_is_active(GTK_WINDOW(m_window)); }));
+    ASSERT_TRUE(
+        iterateUntil([&] { return panel() != nullptr && pondNode() && gtk_window_is_active(GTK_WINDOW(m_window)); }));
     expectNoWindowLoop("opening the settings");
     EXPECT_EQ(ourNodes().size(), 1U);
     screenshot("panel-over-pond");
     GtkWidget* focused = gtk_window_get_focus(GTK_WINDOW(m_window));
-    EXPECT_TRUE(focused != nullptr && gtk_widget_is_ancestor(focused, panel())) << "the panel does not have the keyboard";
+    EXPECT_TRUE(focused != nullptr && gtk_widget_is_ancestor(focused, panel()))
+        << "the panel does not have the keyboard";
     type({"-k", "Escape"});
     EXPECT_TRUE(iterateUntil([&] { return panel() == nullptr && pondVisible() && windowedOnCompositor(); }));
     expectNoWindowLoop("returning to the pond");

@@ -50,7 +50,8 @@ std::filesystem::path DriverProcess::builtLibrary()
     return VELMORA_NATIVE_LIBRARY;
 }
 
-DriverProcess::Result DriverProcess::run(const std::filesystem::path& library, const std::string& scenario, const std::vector<std::string>& arguments, const Environment& environment)
+DriverProcess::Result DriverProcess::run(const std::filesystem::path& library, const std::string& scenario,
+    const std::vector<std::string>& arguments, const Environment& environment)
 {
     std::vector<std::string> command = {VELMORA_EXPORTS_DRIVER, library.string(), scenario};
     command.insert(command.end(), arguments.begin(), arguments.end());
@@ -63,7 +64,8 @@ DriverProcess::Result DriverProcess::runProgram(std::vector<std::string> command
     // the list is owned only once it is complete.
     gchar** envp = g_get_environ();
     for (const auto& [name, value] : environment)
-        envp = value ? g_environ_setenv(envp, name.c_str(), value->c_str(), TRUE) : g_environ_unsetenv(envp, name.c_str());
+        envp = value ? g_environ_setenv(envp, name.c_str(), value->c_str(), TRUE)
+                     : g_environ_unsetenv(envp, name.c_str());
     const std::unique_ptr<gchar*, decltype(&g_strfreev)> variables(envp, g_strfreev);
 
     std::vector<char*> argv;
@@ -75,7 +77,8 @@ DriverProcess::Result DriverProcess::runProgram(std::vector<std::string> command
     gchar* errors = nullptr;
     gint waitStatus = 0;
     GError* error = nullptr;
-    const gboolean spawned = g_spawn_sync(nullptr, argv.data(), envp, G_SPAWN_SEARCH_PATH, nullptr, nullptr, &output, &errors, &waitStatus, &error);
+    const gboolean spawned = g_spawn_sync(
+        nullptr, argv.data(), envp, G_SPAWN_SEARCH_PATH, nullptr, nullptr, &output, &errors, &waitStatus, &error);
     const std::unique_ptr<gchar, decltype(&g_free)> outputText(output, g_free);
     const std::unique_ptr<gchar, decltype(&g_free)> errorText(errors, g_free);
     if (spawned == FALSE) {

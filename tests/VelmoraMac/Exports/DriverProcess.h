@@ -35,7 +35,8 @@ public:
     static std::filesystem::path builtLibrary();
 
     // Runs `scenario` of the driver against `library`.
-    static Result run(const std::filesystem::path& library, const std::string& scenario, const std::vector<std::string>& arguments, const Environment& environment);
+    static Result run(const std::filesystem::path& library, const std::string& scenario,
+        const std::vector<std::string>& arguments, const Environment& environment);
     // Runs `command`, its program looked up on PATH. Throws
     // std::runtime_error when it cannot be started.
     static Result runProgram(std::vector<std::string> command, const Environment& environment = {});

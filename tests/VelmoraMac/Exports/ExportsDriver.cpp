@@ -52,8 +52,9 @@ struct Reading {
 
     void print(const std::string& prefix) const
     {
-        std::cout << prefix << "reading " << pointerX << ' ' << pointerY << ' ' << down << ' ' << held << ' ' << up << ' '
-                  << scrollX << ' ' << scrollY << ' ' << navigationX << ' ' << navigationY << ' ' << width << ' ' << visible << ' ' << interactive << '\n';
+        std::cout << prefix << "reading " << pointerX << ' ' << pointerY << ' ' << down << ' ' << held << ' ' << up
+                  << ' ' << scrollX << ' ' << scrollY << ' ' << navigationX << ' ' << navigationY << ' ' << width << ' '
+                  << visible << ' ' << interactive << '\n';
     }
 };
 
@@ -67,8 +68,7 @@ void callWithNullPointers(const VelmoraFunctions& library)
     library.freeEvent(nullptr);
 }
 
-template <typename Body>
-void onAnotherThread(Body body)
+template <typename Body> void onAnotherThread(Body body)
 {
     std::thread thread(body);
     thread.join();
@@ -89,11 +89,9 @@ int run(const VelmoraFunctions& library, const std::string& scenario, const std:
 {
     if (scenario == "start-twice") {
         library.start();
-        std::cout << "first " << library.takeEvent() << '\n'
-                  << "threadsAfterFirst " << threadCount() << '\n';
+        std::cout << "first " << library.takeEvent() << '\n' << "threadsAfterFirst " << threadCount() << '\n';
         library.start();
-        std::cout << "second " << library.takeEvent() << '\n'
-                  << "threadsAfterSecond " << threadCount() << '\n';
+        std::cout << "second " << library.takeEvent() << '\n' << "threadsAfterSecond " << threadCount() << '\n';
     } else if (scenario == "notice" || scenario == "notice-elsewhere") {
         // notice [<topic>...]: each topic in turn, then every event there is.
         // notice-elsewhere <folder> [<topic>...]: the same, from <folder>,
@@ -108,8 +106,7 @@ int run(const VelmoraFunctions& library, const std::string& scenario, const std:
         for (const std::string& topic : topics)
             library.notice(topic == "(null)" ? nullptr : topic.c_str());
         callWithNullPointers(library);
-        std::cout << "event " << library.takeEvent() << '\n'
-                  << "next " << library.takeEvent() << '\n';
+        std::cout << "event " << library.takeEvent() << '\n' << "next " << library.takeEvent() << '\n';
     } else if (scenario == "threads") {
         // threads <topic>: every function before the start, then the same
         // questions from two threads, and events crossing between them.

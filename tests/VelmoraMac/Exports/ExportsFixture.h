@@ -54,7 +54,8 @@ protected:
         };
     }
 
-    [[nodiscard]] DriverProcess::Result drive(const std::string& scenario, const std::vector<std::string>& arguments = {}) const
+    [[nodiscard]] DriverProcess::Result drive(
+        const std::string& scenario, const std::vector<std::string>& arguments = {}) const
     {
         return DriverProcess::run(DriverProcess::builtLibrary(), scenario, arguments, environment());
     }

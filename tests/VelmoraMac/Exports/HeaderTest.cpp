@@ -12,7 +12,8 @@ static_assert(std::is_same<decltype(&VelmoraContentWidth), float (*)()>::value, 
 static_assert(std::is_same<decltype(&VelmoraIsPondVisible), int32_t (*)()>::value, "VelmoraIsPondVisible");
 static_assert(std::is_same<decltype(&VelmoraIsPondInteractive), int32_t (*)()>::value, "VelmoraIsPondInteractive");
 static_assert(std::is_same<decltype(&VelmoraReadPointer), void (*)(float*, float*)>::value, "VelmoraReadPointer");
-static_assert(std::is_same<decltype(&VelmoraReadPointerButtons), void (*)(int32_t*, int32_t*, int32_t*)>::value, "VelmoraReadPointerButtons");
+static_assert(std::is_same<decltype(&VelmoraReadPointerButtons), void (*)(int32_t*, int32_t*, int32_t*)>::value,
+    "VelmoraReadPointerButtons");
 static_assert(std::is_same<decltype(&VelmoraReadScroll), void (*)(float*, float*)>::value, "VelmoraReadScroll");
 static_assert(std::is_same<decltype(&VelmoraReadNavigation), void (*)(float*, float*)>::value, "VelmoraReadNavigation");
 
@@ -21,19 +22,27 @@ static_assert(std::is_same<decltype(&VelmoraStart), VelmoraStartFunction>::value
 static_assert(std::is_same<decltype(&VelmoraNotice), VelmoraNoticeFunction>::value, "VelmoraNoticeFunction");
 static_assert(std::is_same<decltype(&VelmoraCopyEvent), VelmoraCopyEventFunction>::value, "VelmoraCopyEventFunction");
 static_assert(std::is_same<decltype(&VelmoraFree), VelmoraFreeFunction>::value, "VelmoraFreeFunction");
-static_assert(std::is_same<decltype(&VelmoraContentWidth), VelmoraContentWidthFunction>::value, "VelmoraContentWidthFunction");
-static_assert(std::is_same<decltype(&VelmoraIsPondVisible), VelmoraIsPondVisibleFunction>::value, "VelmoraIsPondVisibleFunction");
-static_assert(std::is_same<decltype(&VelmoraIsPondInteractive), VelmoraIsPondInteractiveFunction>::value, "VelmoraIsPondInteractiveFunction");
-static_assert(std::is_same<decltype(&VelmoraReadPointer), VelmoraReadPointerFunction>::value, "VelmoraReadPointerFunction");
-static_assert(std::is_same<decltype(&VelmoraReadPointerButtons), VelmoraReadPointerButtonsFunction>::value, "VelmoraReadPointerButtonsFunction");
-static_assert(std::is_same<decltype(&VelmoraReadScroll), VelmoraReadScrollFunction>::value, "VelmoraReadScrollFunction");
-static_assert(std::is_same<decltype(&VelmoraReadNavigation), VelmoraReadNavigationFunction>::value, "VelmoraReadNavigationFunction");
+static_assert(
+    std::is_same<decltype(&VelmoraContentWidth), VelmoraContentWidthFunction>::value, "VelmoraContentWidthFunction");
+static_assert(
+    std::is_same<decltype(&VelmoraIsPondVisible), VelmoraIsPondVisibleFunction>::value, "VelmoraIsPondVisibleFunction");
+static_assert(std::is_same<decltype(&VelmoraIsPondInteractive), VelmoraIsPondInteractiveFunction>::value,
+    "VelmoraIsPondInteractiveFunction");
+static_assert(
+    std::is_same<decltype(&VelmoraReadPointer), VelmoraReadPointerFunction>::value, "VelmoraReadPointerFunction");
+static_assert(std::is_same<decltype(&VelmoraReadPointerButtons), VelmoraReadPointerButtonsFunction>::value,
+    "VelmoraReadPointerButtonsFunction");
+static_assert(
+    std::is_same<decltype(&VelmoraReadScroll), VelmoraReadScrollFunction>::value, "VelmoraReadScrollFunction");
+static_assert(std::is_same<decltype(&VelmoraReadNavigation), VelmoraReadNavigationFunction>::value,
+    "VelmoraReadNavigationFunction");
 
 // The version macros agree with each other and with the project's version,
 // which the build reads from them. (Written out, each side is the same
 // number, which is the point.)
 // NOLINTNEXTLINE(misc-redundant-expression)
-static_assert(VELMORA_VERSION == VELMORA_VERSION_MAJOR * 10000 + VELMORA_VERSION_MINOR * 100 + VELMORA_VERSION_PATCH, "VELMORA_VERSION");
+static_assert(VELMORA_VERSION == VELMORA_VERSION_MAJOR * 10000 + VELMORA_VERSION_MINOR * 100 + VELMORA_VERSION_PATCH,
+    "VELMORA_VERSION");
 // NOLINTNEXTLINE(misc-redundant-expression)
 static_assert(VELMORA_VERSION_MAJOR == VELMORA_EXPECTED_VERSION_MAJOR, "the project's major version");
 // NOLINTNEXTLINE(misc-redundant-expression)

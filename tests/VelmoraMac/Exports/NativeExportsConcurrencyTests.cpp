@@ -9,8 +9,7 @@ namespace {
 
 using test::DriverProcess;
 
-class NativeExportsConcurrencyTest : public test::ExportsFixture {
-};
+class NativeExportsConcurrencyTest : public test::ExportsFixture { };
 
 // Six threads call every function, start included, for two seconds. Every
 // noticing must reach the file: each one hops to the main thread and is

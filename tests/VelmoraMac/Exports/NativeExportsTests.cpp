@@ -11,8 +11,7 @@ namespace {
 
 using test::DriverProcess;
 
-class NativeExportsTest : public test::ExportsFixture {
-};
+class NativeExportsTest : public test::ExportsFixture { };
 
 // What every reader gives when nothing is shown, in the driver's order:
 // pointer, buttons, scroll and navigation at zero, the default width, and

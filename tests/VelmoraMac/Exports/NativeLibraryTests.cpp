@@ -18,7 +18,8 @@ using test::DriverProcess;
 TEST(NativeLibrary, SharedObject_ExportsExactlyTheCInterfaceUnderItsSoname)
 {
     const std::string library = DriverProcess::builtLibrary().string();
-    const DriverProcess::Result symbols = DriverProcess::runProgram({"nm", "-D", "--defined-only", "--without-symbol-versions", "--format=posix", library});
+    const DriverProcess::Result symbols = DriverProcess::runProgram(
+        {"nm", "-D", "--defined-only", "--without-symbol-versions", "--format=posix", library});
     ASSERT_EQ(symbols.status, 0) << symbols.errors;
     std::set<std::string> defined;
     std::istringstream lines(symbols.output);

@@ -37,11 +37,15 @@ protected:
         return library;
     }
 
-    [[nodiscard]] static std::string shippedContent() { return test::fileBytes(DriverProcess::builtLibrary().parent_path() / "velmora" / "content.json"); }
+    [[nodiscard]] static std::string shippedContent()
+    {
+        return test::fileBytes(DriverProcess::builtLibrary().parent_path() / "velmora" / "content.json");
+    }
 
     // Runs the driver's `scenario` with `library` from the folder `from`,
     // with `variables` added to the environment.
-    [[nodiscard]] DriverProcess::Result driveFrom(const fs::path& from, const std::string& library, const std::vector<std::string>& arguments, const DriverProcess::Environment& variables = {}) const
+    [[nodiscard]] DriverProcess::Result driveFrom(const fs::path& from, const std::string& library,
+        const std::vector<std::string>& arguments, const DriverProcess::Environment& variables = {}) const
     {
         DriverProcess::Environment environment = this->environment();
         for (const auto& [variable, value] : variables)
@@ -105,7 +109,8 @@ TEST_F(NativeStartupTest, Failure_ShowsTheAlertInTheUsersLanguageAndEndsWithoutT
         EXPECT_NE(result.status, 0);
         EXPECT_FALSE(result.value("initial").has_value()) << "the process went on after a failed start";
         const MacStrings::Table& texts = MacStrings::table(entry.expectedLanguage);
-        const std::vector<std::string> alert = {texts.at("startupError"), texts.at("startupErrorBody"), texts.at("okay")};
+        const std::vector<std::string> alert
+            = {texts.at("startupError"), texts.at("startupErrorBody"), texts.at("okay")};
         EXPECT_EQ(result.errorLines(), alert);
         EXPECT_EQ(test::fileBytes(stateFile()), stateBefore);
         EXPECT_EQ(std::distance(fs::directory_iterator(stateFile().parent_path()), fs::directory_iterator()), 1);
@@ -140,11 +145,15 @@ TEST_F(NativeStartupTest, Locations_FindTheContentBesideTheLibrarysRealFile)
     };
     const std::vector<LinkCase> cases = {
         {"the file itself", m_folder.path(), library.string(), {}, {"notice", "smoking"}},
-        {"a relative link in another folder", m_folder.path(), (links / "libVelmoraNative.so.0").string(), {}, {"notice", "smoking"}},
-        {"a chain of links", m_folder.path(), (links / "deeper" / "libVelmoraNative.so").string(), {}, {"notice", "smoking"}},
+        {"a relative link in another folder", m_folder.path(), (links / "libVelmoraNative.so.0").string(), {},
+            {"notice", "smoking"}},
+        {"a chain of links", m_folder.path(), (links / "deeper" / "libVelmoraNative.so").string(), {},
+            {"notice", "smoking"}},
         {"a relative path to a link", m_folder.path(), "./links/deeper/libVelmoraNative.so", {}, {"notice", "smoking"}},
-        {"the soname on a relative LD_LIBRARY_PATH", m_folder.path(), "libVelmoraNative.so.0", {{"LD_LIBRARY_PATH", "links"}}, {"notice", "smoking"}},
-        {"the same, the program moving on before the start", m_folder.path(), "libVelmoraNative.so.0", {{"LD_LIBRARY_PATH", "links"}}, {"notice-elsewhere", "/", "smoking"}},
+        {"the soname on a relative LD_LIBRARY_PATH", m_folder.path(), "libVelmoraNative.so.0",
+            {{"LD_LIBRARY_PATH", "links"}}, {"notice", "smoking"}},
+        {"the same, the program moving on before the start", m_folder.path(), "libVelmoraNative.so.0",
+            {{"LD_LIBRARY_PATH", "links"}}, {"notice-elsewhere", "/", "smoking"}},
     };
     std::int64_t noticed = 0;
     for (const LinkCase& entry : cases) {
@@ -176,18 +185,21 @@ TEST_F(NativeStartupTest, Locations_ContentElsewhereOrNoFile_ShowsTheAlert)
     };
     const std::vector<Placement> cases = {
         {"beside the link only", [&] { test::writeFileBytes(links / "velmora" / "content.json", shippedContent()); }},
-        {"in the library's own folder, not in velmora/", [&] { test::writeFileBytes(library.parent_path() / "content.json", shippedContent()); }},
+        {"in the library's own folder, not in velmora/",
+            [&] { test::writeFileBytes(library.parent_path() / "content.json", shippedContent()); }},
         {"a folder named content.json", [&] { fs::create_directories(resources / "content.json"); }},
-        {"a dangling link", [&] {
-             fs::create_directories(resources);
-             fs::create_symlink(m_folder / "nothing-here.json", resources / "content.json");
-         }},
+        {"a dangling link",
+            [&] {
+                fs::create_directories(resources);
+                fs::create_symlink(m_folder / "nothing-here.json", resources / "content.json");
+            }},
         {"velmora/ is a file", [&] { test::writeFileBytes(resources, shippedContent()); }},
     };
     for (const Placement& entry : cases) {
         SCOPED_TRACE(entry.name);
         entry.place();
-        const DriverProcess::Result result = driveFrom(m_folder.path(), (links / "libVelmoraNative.so.0").string(), {"notice", "smoking"});
+        const DriverProcess::Result result
+            = driveFrom(m_folder.path(), (links / "libVelmoraNative.so.0").string(), {"notice", "smoking"});
         EXPECT_NE(result.status, 0);
         EXPECT_EQ(result.errorLines(), alert);
         EXPECT_FALSE(result.value("initial").has_value()) << "the process went on after a failed start";
@@ -230,7 +242,8 @@ TEST_F(NativeStartupTest, Success_FindsOrMakesTheDataFolderAndWritesNoStateFile)
         environment["XDG_DATA_HOME"] = inFolder(entry.xdgDataHome);
         environment["HOME"] = inFolder(entry.home);
 
-        const DriverProcess::Result result = DriverProcess::run(DriverProcess::builtLibrary(), "notice", {}, environment);
+        const DriverProcess::Result result
+            = DriverProcess::run(DriverProcess::builtLibrary(), "notice", {}, environment);
 
         ASSERT_EQ(result.status, 0) << result.errors;
         const fs::path expected = folder / entry.expected;
@@ -254,7 +267,9 @@ TEST_F(NativeStartupTest, TwoProcessesOnOneFolder_OneOwnsItAndNoAcknowledgedNoti
 
     std::array<std::future<DriverProcess::Result>, 2> runs;
     for (auto& run : runs)
-        run = std::async(std::launch::async, [this] { return drive("race", {std::to_string(noticingsEach), "smoking"}); });
+        run = std::async(std::launch::async, [this] {
+            return drive("race", {std::to_string(noticingsEach), "smoking"});
+        });
 
     std::int64_t acknowledged = 0;
     int owners = 0;
@@ -268,7 +283,8 @@ TEST_F(NativeStartupTest, TwoProcessesOnOneFolder_OneOwnsItAndNoAcknowledgedNoti
             acknowledged += count;
             continue;
         }
-        EXPECT_EQ(result.errorLines(), (std::vector<std::string>{texts.at("alreadyRunning"), texts.at("alreadyRunningBody"), texts.at("okay")}));
+        EXPECT_EQ(result.errorLines(),
+            (std::vector<std::string>{texts.at("alreadyRunning"), texts.at("alreadyRunningBody"), texts.at("okay")}));
         EXPECT_FALSE(result.value("acknowledged").has_value()) << "a process that does not own the folder went on";
     }
     // One after the other, should the first have ended before the second
@@ -292,7 +308,9 @@ TEST_F(NativeStartupTest, SparseEnvironments_StartAndKeepThePractice)
         {"no HOME", {{"HOME", std::nullopt}}},
         {"no display", {{"DISPLAY", std::nullopt}, {"WAYLAND_DISPLAY", std::nullopt}}},
         {"no session bus", {{"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus"}}},
-        {"nothing at all", {{"HOME", std::nullopt}, {"XDG_CONFIG_HOME", std::nullopt}, {"DISPLAY", std::nullopt}, {"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus"}}},
+        {"nothing at all",
+            {{"HOME", std::nullopt}, {"XDG_CONFIG_HOME", std::nullopt}, {"DISPLAY", std::nullopt},
+                {"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus"}}},
     };
     for (const Environment& entry : cases) {
         SCOPED_TRACE(entry.name);
@@ -302,7 +320,8 @@ TEST_F(NativeStartupTest, SparseEnvironments_StartAndKeepThePractice)
         for (const auto& [variable, value] : entry.changes)
             environment[variable] = value;
 
-        const DriverProcess::Result result = DriverProcess::run(DriverProcess::builtLibrary(), "notice", {"smoking"}, environment);
+        const DriverProcess::Result result
+            = DriverProcess::run(DriverProcess::builtLibrary(), "notice", {"smoking"}, environment);
 
         ASSERT_EQ(result.status, 0) << result.errors;
         EXPECT_EQ(momentsInEvent(result.value("event").value_or("{}"), "smoking"), seededSmokingMoments + 1);

@@ -75,7 +75,8 @@ protected:
     }
     void storeOnboarded() const { store(onboardedState()); }
 
-    std::shared_ptr<HeadlessWindow> addRendererWindow(HeadlessContentView::Orientation orientation = HeadlessContentView::Orientation::standard) const
+    std::shared_ptr<HeadlessWindow> addRendererWindow(
+        HeadlessContentView::Orientation orientation = HeadlessContentView::Orientation::standard) const
     {
         return windows().addWindow(rendererFrame, orientation);
     }
@@ -85,8 +86,8 @@ protected:
         auto catalog = std::make_shared<const ContentCatalog>(std::filesystem::path(VELMORA_CONTENT_RESOURCE));
         m_model = std::make_shared<PracticeCoordinator>(
             std::move(catalog), std::make_unique<PracticeStore>(stateFile()),
-            std::make_shared<LoginLaunchService>(m_platform->platform().loginItemService), m_reminders,
-            [] {}, m_system);
+            std::make_shared<LoginLaunchService>(m_platform->platform().loginItemService), m_reminders, [] {},
+            m_system);
         m_host = MenuBarHost::create(m_model, m_platform->platform());
         return *m_host;
     }
@@ -108,9 +109,15 @@ protected:
     void runPending() const { m_mainThread->runPending(); }
 
     // Events as the window system reports them.
-    static InputEvent key(InputEventType type, std::uint16_t code, Window* window, std::uint64_t flags = 0, bool repeat = false)
+    static InputEvent key(
+        InputEventType type, std::uint16_t code, Window* window, std::uint64_t flags = 0, bool repeat = false)
     {
-        return {.modifierFlags = flags, .window = window, .locationInWindow = {}, .type = type, .keyCode = code, .isARepeat = repeat};
+        return {.modifierFlags = flags,
+            .window = window,
+            .locationInWindow = {},
+            .type = type,
+            .keyCode = code,
+            .isARepeat = repeat};
     }
     static InputEvent mouse(InputEventType type, Window* window, Point location)
     {
@@ -118,7 +125,12 @@ protected:
     }
     static InputEvent wheel(Window* window, Point location, double deltaX, double deltaY, bool precise)
     {
-        return {.window = window, .locationInWindow = location, .scrollingDeltaX = deltaX, .scrollingDeltaY = deltaY, .type = InputEventType::scrollWheel, .hasPreciseScrollingDeltas = precise};
+        return {.window = window,
+            .locationInWindow = location,
+            .scrollingDeltaX = deltaX,
+            .scrollingDeltaY = deltaY,
+            .type = InputEventType::scrollWheel,
+            .hasPreciseScrollingDeltas = precise};
     }
     EventDisposition dispatch(const InputEvent& event) const { return m_platform->eventMonitors().dispatch(event); }
     EventDisposition press(std::uint16_t code, Window* window, std::uint64_t flags = 0, bool repeat = false) const

@@ -23,7 +23,10 @@ protected:
         ASSERT_EQ(host().contentWidth(), 780);
     }
 
-    EventDisposition pointer(InputEventType type, Point location) const { return dispatch(mouse(type, m_window.get(), location)); }
+    EventDisposition pointer(InputEventType type, Point location) const
+    {
+        return dispatch(mouse(type, m_window.get(), location));
+    }
     EventDisposition release(std::uint16_t code, Window* window, std::uint64_t flags = 0) const
     {
         return dispatch(key(InputEventType::keyUp, code, window, flags));
@@ -119,7 +122,8 @@ TEST_F(MenuBarHostInputTest, Keys_SteerOnlyInThePondAndWithoutBlockingModifiers)
     EXPECT_EQ(navigation(), Point(0, 1));
 
     // Shift still steers; Space is the window's and disturbs nothing.
-    EXPECT_EQ(press(KeyCode::upArrow, m_window.get(), ModifierFlag::shift | ModifierFlag::capsLock), EventDisposition::consume);
+    EXPECT_EQ(press(KeyCode::upArrow, m_window.get(), ModifierFlag::shift | ModifierFlag::capsLock),
+        EventDisposition::consume);
     EXPECT_EQ(press(49, m_window.get()), EventDisposition::passOn);
     EXPECT_TRUE(host().keyboardState().isHeld(KeyCode::w));
     EXPECT_TRUE(host().keyboardState().isHeld(KeyCode::upArrow));
@@ -129,7 +133,8 @@ TEST_F(MenuBarHostInputTest, Keys_SteerOnlyInThePondAndWithoutBlockingModifiers)
     EXPECT_TRUE(host().keyboardState().empty());
 
     press(KeyCode::a, m_window.get());
-    EXPECT_EQ(dispatch(key(InputEventType::flagsChanged, 0, m_window.get(), ModifierFlag::shift)), EventDisposition::passOn);
+    EXPECT_EQ(
+        dispatch(key(InputEventType::flagsChanged, 0, m_window.get(), ModifierFlag::shift)), EventDisposition::passOn);
     EXPECT_FALSE(host().keyboardState().empty());
     for (const std::uint64_t modifier : {ModifierFlag::control, ModifierFlag::option, ModifierFlag::command}) {
         press(KeyCode::a, m_window.get());

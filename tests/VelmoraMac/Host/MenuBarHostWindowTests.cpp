@@ -173,7 +173,8 @@ TEST_F(MenuBarHostWindowTest, Hide_InFullScreen_LeavesFullScreenFirstAndReopensW
 // sleep hides as well.
 TEST_F(MenuBarHostWindowTest, Sleep_InFullScreen_HidesOnceThePondHasLeft)
 {
-    for (const SystemNotification sleep : {SystemNotification::workspaceWillSleep, SystemNotification::workspaceScreensDidSleep}) {
+    for (const SystemNotification sleep :
+        {SystemNotification::workspaceWillSleep, SystemNotification::workspaceScreensDidSleep}) {
         m_host.reset();
         m_platform = HeadlessShellPlatform::create(m_mainThread, m_system);
         startWithPond();
@@ -231,9 +232,12 @@ TEST_F(MenuBarHostWindowTest, ScreenChange_PlacesTheFrameOnTheScreenThatHoldsItO
         Rect expected;
     };
     const ScreenCase cases[] = {
-        {"centre on the second screen", {HeadlessWindowSystem::defaultScreen, secondScreen}, 0, Rect(1600, 200, 780, 640)},
-        {"second screen removed: moved in on the main one", {HeadlessWindowSystem::defaultScreen}, 0, Rect(652, 200, 780, 640)},
-        {"no main screen: the first", {Screen{Rect(0, 0, 700, 500), Rect(0, 0, 700, 500)}}, std::nullopt, Rect(8, 8, 684, 484)},
+        {"centre on the second screen", {HeadlessWindowSystem::defaultScreen, secondScreen}, 0,
+            Rect(1600, 200, 780, 640)},
+        {"second screen removed: moved in on the main one", {HeadlessWindowSystem::defaultScreen}, 0,
+            Rect(652, 200, 780, 640)},
+        {"no main screen: the first", {Screen{Rect(0, 0, 700, 500), Rect(0, 0, 700, 500)}}, std::nullopt,
+            Rect(8, 8, 684, 484)},
         {"no screen at all: where it was", {}, std::nullopt, Rect(1600, 200, 780, 640)},
     };
     startWithPond();

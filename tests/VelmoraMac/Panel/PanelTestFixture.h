@@ -51,7 +51,8 @@ protected:
         m_coordinator.reset();
         m_coordinator = std::make_shared<PracticeCoordinator>(
             std::make_shared<const ContentCatalog>(ContentCatalog::fromJSON(content.dump())),
-            std::make_unique<PracticeStore>(url()), m_login, m_reminders, [this] { ++m_notificationSettingsOpened; }, m_system);
+            std::make_unique<PracticeStore>(url()), m_login, m_reminders, [this] { ++m_notificationSettingsOpened; },
+            m_system);
         m_coordinator->setOnEnterPond([this] { ++m_pondEntered; });
         m_view = std::make_unique<PracticeView>(m_coordinator, PanelServices{m_urlOpener, m_loginItems, m_system});
     }
@@ -99,8 +100,7 @@ protected:
 };
 
 // The page the body shows, failing the test when it shows another.
-template <typename Page>
-const Page& shownPage(const PanelBody& body)
+template <typename Page> const Page& shownPage(const PanelBody& body)
 {
     const Page* shown = std::get_if<Page>(&body.page);
     if (shown == nullptr)

@@ -23,7 +23,8 @@ const TopicCard& card(const SelectionPage& page, std::string_view id)
 
 class PracticeViewOnboardingTest : public test::PanelTest { };
 
-TEST_F(PracticeViewOnboardingTest, FreshInstall_WalksFromWelcomeThroughTheFiveStepsAndTheLoginIntroductionToTheHintAndThePond)
+TEST_F(PracticeViewOnboardingTest,
+    FreshInstall_WalksFromWelcomeThroughTheFiveStepsAndTheLoginIntroductionToTheHintAndThePond)
 {
     start();
     PanelBody body = view().body();

@@ -151,7 +151,8 @@ TEST_F(PracticeViewSettingsTest, LoginBlock_ShowsApprovalAndErrorsAndOpensTheLog
     ASSERT_TRUE(login.approval);
     ASSERT_TRUE(login.openSettings);
     tap(login.openSettings->action);
-    EXPECT_EQ(m_loginItems->requests(), std::vector<HeadlessLoginItemService::Request>{HeadlessLoginItemService::Request::openLoginItemsSettings});
+    EXPECT_EQ(m_loginItems->requests(),
+        std::vector<HeadlessLoginItemService::Request>{HeadlessLoginItemService::Request::openLoginItemsSettings});
     EXPECT_FALSE(login.error);
 
     m_login->refuse = true;

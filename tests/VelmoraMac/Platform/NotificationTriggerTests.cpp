@@ -32,15 +32,19 @@ TEST(NotificationTrigger, Instant_ResolvesWallClockTimesInTheTriggersZone)
 {
     EXPECT_EQ(berlin(2025, 1, 15, 20, 0).instant(), utc(2025, 1, 15, 19, 0));
     EXPECT_EQ(berlin(2025, 7, 15, 20, 0).instant(), utc(2025, 7, 15, 18, 0));
-    EXPECT_EQ(berlin(2025, 3, 30, 2, 30).instant(), utc(2025, 3, 30, 1, 0)) << "a skipped time takes the next time that exists";
-    EXPECT_EQ(berlin(2025, 10, 26, 2, 30).instant(), utc(2025, 10, 26, 0, 30)) << "a repeated time takes its first occurrence";
-    EXPECT_EQ((NotificationTrigger{2011, 12, 30, 12, 0, "Pacific/Apia"}.instant()), utc(2011, 12, 30, 10, 0)) << "a skipped day";
+    EXPECT_EQ(berlin(2025, 3, 30, 2, 30).instant(), utc(2025, 3, 30, 1, 0))
+        << "a skipped time takes the next time that exists";
+    EXPECT_EQ(berlin(2025, 10, 26, 2, 30).instant(), utc(2025, 10, 26, 0, 30))
+        << "a repeated time takes its first occurrence";
+    EXPECT_EQ((NotificationTrigger{2011, 12, 30, 12, 0, "Pacific/Apia"}.instant()), utc(2011, 12, 30, 10, 0))
+        << "a skipped day";
 }
 
 TEST(NotificationTrigger, At_AndInstant_AgreeForEveryMinuteAroundAChangeOfTime)
 {
     const UserCalendar calendar = UserCalendar::inTimeZone("Europe/Berlin");
-    for (Instant minute = utc(2025, 10, 25, 23, 0); minute < utc(2025, 10, 26, 3, 0); minute += std::chrono::minutes(7)) {
+    for (Instant minute = utc(2025, 10, 25, 23, 0); minute < utc(2025, 10, 26, 3, 0);
+         minute += std::chrono::minutes(7)) {
         const std::optional<Instant> back = NotificationTrigger::at(minute, calendar).instant();
         ASSERT_TRUE(back);
         // Within the repeated hour, the wall-clock minute names its first
@@ -52,10 +56,12 @@ TEST(NotificationTrigger, At_AndInstant_AgreeForEveryMinuteAroundAChangeOfTime)
 
 TEST(NotificationTrigger, Instant_IsNoneForFieldsThatFormNoTime)
 {
-    for (const NotificationTrigger& trigger : {berlin(2025, 13, 1, 8, 0), berlin(2025, 0, 1, 8, 0), berlin(2025, 2, 29, 8, 0),
-             berlin(2025, 4, 31, 8, 0), berlin(2025, 4, 0, 8, 0), berlin(2025, 4, 1, 24, 0), berlin(2025, 4, 1, 8, 60),
-             berlin(2025, 4, 1, -1, 0), NotificationTrigger{2025, 4, 1, 8, 0, "Mars/Olympus_Mons"}})
-        EXPECT_FALSE(trigger.instant()) << trigger.year << "-" << trigger.month << "-" << trigger.day << " " << trigger.hour << ":" << trigger.minute << " " << trigger.timeZone;
+    for (const NotificationTrigger& trigger :
+        {berlin(2025, 13, 1, 8, 0), berlin(2025, 0, 1, 8, 0), berlin(2025, 2, 29, 8, 0), berlin(2025, 4, 31, 8, 0),
+            berlin(2025, 4, 0, 8, 0), berlin(2025, 4, 1, 24, 0), berlin(2025, 4, 1, 8, 60), berlin(2025, 4, 1, -1, 0),
+            NotificationTrigger{2025, 4, 1, 8, 0, "Mars/Olympus_Mons"}})
+        EXPECT_FALSE(trigger.instant()) << trigger.year << "-" << trigger.month << "-" << trigger.day << " "
+                                        << trigger.hour << ":" << trigger.minute << " " << trigger.timeZone;
     EXPECT_TRUE(berlin(2024, 2, 29, 8, 0).instant()) << "a leap day";
 }
 

@@ -45,7 +45,9 @@ TEST(XdgBaseDirectory, ForThisProcess_FallsBackToThePasswordDatabaseWhenHomeIsUn
     const EnvironmentVariable configHome("XDG_CONFIG_HOME");
     const EnvironmentVariable home("HOME");
     const std::string databaseHome = XdgBaseDirectory::passwordDatabaseHome();
-    const std::optional<fs::path> fromDatabase = fs::path(databaseHome).is_absolute() ? std::optional<fs::path>(fs::path(databaseHome) / ".config") : std::nullopt;
+    const std::optional<fs::path> fromDatabase = fs::path(databaseHome).is_absolute()
+        ? std::optional<fs::path>(fs::path(databaseHome) / ".config")
+        : std::nullopt;
 
     configHome.set("/xdg");
     home.set(nullptr);

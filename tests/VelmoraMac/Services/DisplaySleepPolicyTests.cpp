@@ -104,7 +104,8 @@ TEST_F(DisplaySleepPolicyTest, OtherProcesses_AreNeverTouched)
 
 TEST_F(DisplaySleepPolicyTest, FailedChange_LogsTheResultOncePerRecordAndTickAndGoesOn)
 {
-    registry.setAssertions(ownProcess, json::array({displayAssertion(1), displayAssertion(2), displayAssertion(3), displayAssertion(4)}));
+    registry.setAssertions(
+        ownProcess, json::array({displayAssertion(1), displayAssertion(2), displayAssertion(3), displayAssertion(4)}));
     // A typical service error: its code has the sign bit set.
     registry.setResult(2, static_cast<std::int32_t>(0xE00002C2U));
     registry.setResult(4, 5);

@@ -33,8 +33,7 @@ using test::shownPage;
 
 void drain()
 {
-    while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
-    }
+    while (g_main_context_iteration(nullptr, FALSE) != FALSE) { }
 }
 
 void visit(GtkWidget* widget, const std::function<void(GtkWidget*)>& each)
@@ -44,7 +43,10 @@ void visit(GtkWidget* widget, const std::function<void(GtkWidget*)>& each)
         return;
     // Includes internal children, such as the entry of a spin button.
     gtk_container_forall(
-        GTK_CONTAINER(widget), [](GtkWidget* child, gpointer data) { visit(child, *static_cast<const std::function<void(GtkWidget*)>*>(data)); },
+        GTK_CONTAINER(widget),
+        [](GtkWidget* child, gpointer data) {
+            visit(child, *static_cast<const std::function<void(GtkWidget*)>*>(data));
+        },
         const_cast<std::function<void(GtkWidget*)>*>(&each));
 }
 
@@ -193,7 +195,8 @@ protected:
     void show(const std::optional<PracticeState>& stored = std::nullopt)
     {
         start(stored);
-        m_content = std::make_shared<PanelContent>(m_coordinator, PanelServices{m_urlOpener, m_loginItems, m_system}, m_notifications);
+        m_content = std::make_shared<PanelContent>(
+            m_coordinator, PanelServices{m_urlOpener, m_loginItems, m_system}, m_notifications);
         m_content->didAppear();
         m_panel = std::make_unique<PanelWidget>(m_content);
         m_window = gtk_offscreen_window_new();
@@ -221,7 +224,8 @@ protected:
     [[nodiscard]] bool showsAll(const std::vector<std::string>& texts) const
     {
         const std::vector<std::string> shown = shownTexts(root());
-        return std::ranges::all_of(texts, [&](const std::string& text) { return std::ranges::find(shown, text) != shown.end(); });
+        return std::ranges::all_of(
+            texts, [&](const std::string& text) { return std::ranges::find(shown, text) != shown.end(); });
     }
 
     void expectShowsBody(const std::string& what)
@@ -265,7 +269,9 @@ protected:
         std::size_t differing = 0;
         for (int y = 0; y < height; ++y) {
             for (int x = 0; x < width; ++x) {
-                if (std::memcmp(data + (static_cast<std::ptrdiff_t>(y) * stride) + (static_cast<std::ptrdiff_t>(x) * 4), data, 4) != 0)
+                if (std::memcmp(data + (static_cast<std::ptrdiff_t>(y) * stride) + (static_cast<std::ptrdiff_t>(x) * 4),
+                        data, 4)
+                    != 0)
                     ++differing;
             }
         }
@@ -330,15 +336,18 @@ TEST_F(PanelWidgetTest, Settings_ShowTheirTextsSaveAtOnceAndKeepTheReadersPlace)
     });
     ASSERT_NE(scroller, nullptr);
     GtkAdjustment* scroll = gtk_scrolled_window_get_vadjustment(scroller);
-    ASSERT_GT(gtk_adjustment_get_upper(scroll), gtk_adjustment_get_page_size(scroll)) << "the settings are taller than the window";
+    ASSERT_GT(gtk_adjustment_get_upper(scroll), gtk_adjustment_get_page_size(scroll))
+        << "the settings are taller than the window";
     gtk_adjustment_set_value(scroll, 200);
 
     click(buttonShowing(root(), text("waterSound")));
     EXPECT_EQ(savedState().waterSoundEnabled, !water);
     EXPECT_TRUE(showsAll({text(water ? "stateOff" : "stateOn")}));
     EXPECT_DOUBLE_EQ(gtk_adjustment_get_value(scroll), 200) << "a rebuild of the same page keeps its place";
-    AtkStateSet* states = atk_object_ref_state_set(gtk_widget_get_accessible(GTK_WIDGET(buttonShowing(root(), text("waterSound")))));
-    EXPECT_EQ(atk_state_set_contains_state(states, ATK_STATE_CHECKED) != FALSE, !water) << "a screen reader hears the switch's state";
+    AtkStateSet* states
+        = atk_object_ref_state_set(gtk_widget_get_accessible(GTK_WIDGET(buttonShowing(root(), text("waterSound")))));
+    EXPECT_EQ(atk_state_set_contains_state(states, ATK_STATE_CHECKED) != FALSE, !water)
+        << "a screen reader hears the switch's state";
     g_object_unref(states);
 
     // The picker changes one field at a time and keeps the other.
@@ -422,7 +431,10 @@ TEST(PanelStyleSheet, TranslucentBackground_IsThePalettesOpaqueColourWithoutACom
     body.background = Color{14 / 255.0, 36 / 255.0, 34 / 255.0}.withOpacity(0.8);
     const std::string text = PanelStyleSheet("root", body).text();
     const bool composited = gdk_screen_is_composited(gdk_screen_get_default()) != FALSE;
-    EXPECT_NE(text.find("background-color: " + PanelStyleSheet::css(composited ? body.background : body.background.withOpacity(1))), std::string::npos) << text;
+    EXPECT_NE(text.find("background-color: "
+                  + PanelStyleSheet::css(composited ? body.background : body.background.withOpacity(1))),
+        std::string::npos)
+        << text;
 }
 
 // Every text a user may see, in every shipped language, has a glyph for

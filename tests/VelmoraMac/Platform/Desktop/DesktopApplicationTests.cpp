@@ -32,8 +32,10 @@ SingleInstance::Claim startAgain(GTestDBus* bus)
     std::thread second([&] {
         GMainContext* context = g_main_context_new();
         g_main_context_push_thread_default(context);
-        const auto flags = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
-        GDBusConnection* connection = g_dbus_connection_new_for_address_sync(g_test_dbus_get_bus_address(bus), flags, nullptr, nullptr, nullptr);
+        const auto flags = static_cast<GDBusConnectionFlags>(
+            G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
+        GDBusConnection* connection = g_dbus_connection_new_for_address_sync(
+            g_test_dbus_get_bus_address(bus), flags, nullptr, nullptr, nullptr);
         SingleInstance::Claim claim = SingleInstance::Claim::unknown;
         (void)SingleInstance::claim(
             connection, [] {}, claim);
@@ -81,7 +83,10 @@ TEST_F(DesktopApplicationTest, Launches_OpenOnceThenReopenForEveryLaterStart)
     const std::string display = g_getenv("DISPLAY") != nullptr ? g_getenv("DISPLAY") : "";
     GTestDBus* bus = g_test_dbus_new(G_TEST_DBUS_NONE);
     g_test_dbus_up(bus);
-    GDBusConnection* connection = g_dbus_connection_new_for_address_sync(g_test_dbus_get_bus_address(bus), static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION), nullptr, nullptr, nullptr);
+    GDBusConnection* connection = g_dbus_connection_new_for_address_sync(g_test_dbus_get_bus_address(bus),
+        static_cast<GDBusConnectionFlags>(
+            G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
+        nullptr, nullptr, nullptr);
     ASSERT_TRUE(DesktopApplication::claimSingleInstance(connection));
     // A start while this one is still starting up is not lost.
     EXPECT_EQ(startAgain(bus), SingleInstance::Claim::reopenedOther);
@@ -154,7 +159,8 @@ TEST_F(DesktopApplicationTest, Activity_IsPostedOnceAcrossOurOwnWindows)
 
     putFocus(panel, true);
     ASSERT_TRUE(iterateUntil([&] { return posted.size() == 3; }));
-    EXPECT_EQ(posted, (std::vector{applicationDidBecomeActive, applicationDidResignActive, applicationDidBecomeActive}));
+    EXPECT_EQ(
+        posted, (std::vector{applicationDidBecomeActive, applicationDidResignActive, applicationDidBecomeActive}));
     gtk_widget_destroy(pond);
     gtk_widget_destroy(panel);
 }
@@ -173,7 +179,8 @@ gboolean answerAlert(gpointer shown)
     gchar* secondary = nullptr;
     g_object_get(alert, "text", &text, "secondary-text", &secondary, nullptr);
     GtkWidget* button = gtk_dialog_get_widget_for_response(GTK_DIALOG(alert), GTK_RESPONSE_ACCEPT);
-    *static_cast<std::vector<std::string>*>(shown) = {text, secondary, gtk_button_get_label(GTK_BUTTON(button)), gtk_button_get_use_underline(GTK_BUTTON(button)) != FALSE ? "mnemonic" : "plain"};
+    *static_cast<std::vector<std::string>*>(shown) = {text, secondary, gtk_button_get_label(GTK_BUTTON(button)),
+        gtk_button_get_use_underline(GTK_BUTTON(button)) != FALSE ? "mnemonic" : "plain"};
     g_free(text);
     g_free(secondary);
     gtk_button_clicked(GTK_BUTTON(button));
@@ -185,7 +192,8 @@ TEST_F(DesktopApplicationTest, Alert_ShowsTheTextsExactlyAndReturnsWhenAnswered)
     std::vector<std::string> shown;
     g_idle_add(&answerAlert, &shown);
     application()->runModalAlert("Velmora couldn’t start", "The <b>content</b> is missing.", "O_K");
-    EXPECT_EQ(shown, (std::vector<std::string>{"Velmora couldn’t start", "The <b>content</b> is missing.", "O_K", "plain"}));
+    EXPECT_EQ(
+        shown, (std::vector<std::string>{"Velmora couldn’t start", "The <b>content</b> is missing.", "O_K", "plain"}));
 }
 
 void reportExitHandlers()

@@ -44,8 +44,7 @@ struct Notification {
 };
 
 // What the centre answered, from its own thread.
-template <typename T>
-class Answers {
+template <typename T> class Answers {
 public:
     void add(T answer)
     {
@@ -78,8 +77,12 @@ public:
     GnomeSwitch()
     {
         GSettingsSchemaSource* source = g_settings_schema_source_get_default();
-        m_schema = source != nullptr ? g_settings_schema_source_lookup(source, DesktopNotificationCenter::gnomeSettingsSchema, TRUE) : nullptr;
-        m_settings = m_schema != nullptr ? g_settings_new_full(m_schema, nullptr, DesktopNotificationCenter::gnomeSettingsPath) : nullptr;
+        m_schema = source != nullptr
+            ? g_settings_schema_source_lookup(source, DesktopNotificationCenter::gnomeSettingsSchema, TRUE)
+            : nullptr;
+        m_settings = m_schema != nullptr
+            ? g_settings_new_full(m_schema, nullptr, DesktopNotificationCenter::gnomeSettingsPath)
+            : nullptr;
         set(true);
     }
     GnomeSwitch(const GnomeSwitch&) = delete;
@@ -126,24 +129,30 @@ protected:
         // The seconds count from here, once the server is up: a server slow
         // to start under load must not leave the triggers in the past.
         m_start = std::chrono::time_point_cast<std::chrono::milliseconds>(std::chrono::system_clock::now());
-        m_center = std::make_unique<DesktopNotificationCenter>(m_session.connection(Bus::session), [start = m_start](const NotificationTrigger& trigger) -> std::optional<Instant> {
-            if (!trigger.instant())
-                return std::nullopt;
-            return start + std::chrono::seconds(trigger.minute);
-        });
+        m_center = std::make_unique<DesktopNotificationCenter>(m_session.connection(Bus::session),
+            [start = m_start](const NotificationTrigger& trigger) -> std::optional<Instant> {
+                if (!trigger.instant())
+                    return std::nullopt;
+                return start + std::chrono::seconds(trigger.minute);
+            });
     }
 
-    static NotificationRequest request(std::string identifier, std::int32_t secondsFromStart, std::string body = "Notice the urge")
+    static NotificationRequest request(
+        std::string identifier, std::int32_t secondsFromStart, std::string body = "Notice the urge")
     {
         NotificationRequest request;
         request.identifier = std::move(identifier);
         request.title = "velmora";
         request.body = std::move(body);
-        request.trigger = NotificationTrigger{.year = 2030, .month = 1, .day = 1, .hour = 8, .minute = secondsFromStart, .timeZone = "UTC"};
+        request.trigger = NotificationTrigger{
+            .year = 2030, .month = 1, .day = 1, .hour = 8, .minute = secondsFromStart, .timeZone = "UTC"};
         return request;
     }
 
-    [[nodiscard]] std::vector<DesktopSession::MockCall> calls(const char* method) const { return m_session.mockCalls(Bus::session, serverName, serverPath, method); }
+    [[nodiscard]] std::vector<DesktopSession::MockCall> calls(const char* method) const
+    {
+        return m_session.mockCalls(Bus::session, serverName, serverPath, method);
+    }
 
     [[nodiscard]] std::vector<Notification> posted() const
     {
@@ -163,7 +172,9 @@ protected:
             const gchar* key = nullptr;
             GVariant* value = nullptr;
             while (g_variant_iter_next(&hints, "{&sv}", &key, &value) != FALSE) {
-                notification.hints.emplace(key, g_variant_is_of_type(value, G_VARIANT_TYPE_STRING) != FALSE ? g_variant_get_string(value, nullptr) : "(not a string)");
+                notification.hints.emplace(key,
+                    g_variant_is_of_type(value, G_VARIANT_TYPE_STRING) != FALSE ? g_variant_get_string(value, nullptr)
+                                                                                : "(not a string)");
                 g_variant_unref(value);
             }
         }
@@ -182,7 +193,8 @@ protected:
 
     void invoke(std::uint32_t id, const char* action) const
     {
-        m_session.emit(Bus::session, serverName, serverPath, serverName, "ActionInvoked", "us", g_variant_new_parsed("[<%u>, <%s>]", id, action));
+        m_session.emit(Bus::session, serverName, serverPath, serverName, "ActionInvoked", "us",
+            g_variant_new_parsed("[<%u>, <%s>]", id, action));
     }
 
     DesktopSession m_session;
@@ -190,7 +202,8 @@ protected:
     std::unique_ptr<DesktopNotificationCenter> m_center;
 };
 
-TEST_F(DesktopNotificationCenterTest, PendingRequests_ArePostedInTheOrderOfTheirTimesUnlessRemovedReplacedPastOrTimeless)
+TEST_F(
+    DesktopNotificationCenterTest, PendingRequests_ArePostedInTheOrderOfTheirTimesUnlessRemovedReplacedPastOrTimeless)
 {
     startServer();
     startCenter();
@@ -221,14 +234,20 @@ TEST_F(DesktopNotificationCenterTest, PendingRequests_ArePostedInTheOrderOfTheir
     EXPECT_EQ(notifications[0].body, "Breathe out");
     EXPECT_EQ(notifications[0].applicationName, "Velmora");
     EXPECT_EQ(notifications[0].icon, "app.velmora.mac") << "the installed application's icon";
-    EXPECT_EQ(notifications[0].actions, (std::vector<std::string>{"default", ""})) << "a click on the body reports \"default\"";
-    EXPECT_EQ(notifications[0].hints, (std::map<std::string, std::string>{{"desktop-entry", "app.velmora.mac"}})) << "no sound asked for";
+    EXPECT_EQ(notifications[0].actions, (std::vector<std::string>{"default", ""}))
+        << "a click on the body reports \"default\"";
+    EXPECT_EQ(notifications[0].hints, (std::map<std::string, std::string>{{"desktop-entry", "app.velmora.mac"}}))
+        << "no sound asked for";
     EXPECT_EQ(notifications[1].body, "the one");
     EXPECT_EQ(notifications[2].body, "Breathe in");
-    EXPECT_EQ(notifications[2].hints, (std::map<std::string, std::string>{{"desktop-entry", "app.velmora.mac"}, {"sound-name", "message-new-instant"}}));
+    EXPECT_EQ(notifications[2].hints,
+        (std::map<std::string, std::string>{
+            {"desktop-entry", "app.velmora.mac"}, {"sound-name", "message-new-instant"}}));
 
     // Not before their time: the server's clock reads whole seconds.
-    const auto secondsOf = [](Instant instant) { return static_cast<std::uint64_t>(std::chrono::floor<std::chrono::seconds>(instant).time_since_epoch().count()); };
+    const auto secondsOf = [](Instant instant) {
+        return static_cast<std::uint64_t>(std::chrono::floor<std::chrono::seconds>(instant).time_since_epoch().count());
+    };
     EXPECT_GE(notifications[0].time, secondsOf(m_start + 2s));
     EXPECT_GE(notifications[2].time, secondsOf(m_start + 4s));
 }
@@ -252,7 +271,8 @@ TEST_F(DesktopNotificationCenterTest, ClicksOnOurShownNotifications_ReachTheHand
     ASSERT_EQ(clicks.waitFor(1), std::vector<std::string>{"practice-0"});
 
     // Once the server says it closed one, its id is no longer ours.
-    m_session.emit(Bus::session, serverName, serverPath, serverName, "NotificationClosed", "uu", g_variant_new_parsed("[<@u 1>, <@u 2>]"));
+    m_session.emit(Bus::session, serverName, serverPath, serverName, "NotificationClosed", "uu",
+        g_variant_new_parsed("[<@u 1>, <@u 2>]"));
     invoke(1, "default");
     invoke(2, "default");
     EXPECT_EQ(clicks.waitFor(2), (std::vector<std::string>{"practice-0", "practice-1"}));
@@ -266,7 +286,10 @@ TEST_F(DesktopNotificationCenterTest, ClicksOnOurShownNotifications_ReachTheHand
     ASSERT_EQ(closed.size(), 1U);
     // The mock declares the id signed; the protocol, and we, send it unsigned.
     GVariant* closedId = closed[0].arguments.at(0).get();
-    EXPECT_EQ(g_variant_is_of_type(closedId, G_VARIANT_TYPE_INT32) != FALSE ? static_cast<std::int64_t>(g_variant_get_int32(closedId)) : static_cast<std::int64_t>(g_variant_get_uint32(closedId)), 2);
+    EXPECT_EQ(g_variant_is_of_type(closedId, G_VARIANT_TYPE_INT32) != FALSE
+            ? static_cast<std::int64_t>(g_variant_get_int32(closedId))
+            : static_cast<std::int64_t>(g_variant_get_uint32(closedId)),
+        2);
 }
 
 struct AuthorizationCase {
@@ -280,9 +303,18 @@ TEST_F(DesktopNotificationCenterTest, Authorization_FollowsTheServerAndGnomesSwi
 {
     GnomeSwitch gnome;
     const AuthorizationCase cases[] = {
-        {.name = "no server", .server = false, .gnomeSwitchOn = true, .status = NotificationAuthorizationStatus::denied},
-        {.name = "a server", .server = true, .gnomeSwitchOn = true, .status = NotificationAuthorizationStatus::authorized},
-        {.name = "GNOME's switch off", .server = true, .gnomeSwitchOn = false, .status = NotificationAuthorizationStatus::denied},
+        {.name = "no server",
+            .server = false,
+            .gnomeSwitchOn = true,
+            .status = NotificationAuthorizationStatus::denied},
+        {.name = "a server",
+            .server = true,
+            .gnomeSwitchOn = true,
+            .status = NotificationAuthorizationStatus::authorized},
+        {.name = "GNOME's switch off",
+            .server = true,
+            .gnomeSwitchOn = false,
+            .status = NotificationAuthorizationStatus::denied},
     };
     bool serverStarted = false;
     for (const AuthorizationCase& testCase : cases) {
@@ -314,16 +346,20 @@ TEST_F(DesktopNotificationCenterTest, Authorization_FollowsChangesWhileTheCentre
     EXPECT_EQ(statusNow(), NotificationAuthorizationStatus::denied);
 
     startServer();
-    EXPECT_TRUE(waitUntil([&] { return statusNow() == NotificationAuthorizationStatus::authorized; })) << "a server that appears";
+    EXPECT_TRUE(waitUntil([&] { return statusNow() == NotificationAuthorizationStatus::authorized; }))
+        << "a server that appears";
     if (gnome.installed()) {
         gnome.set(false);
-        EXPECT_TRUE(waitUntil([&] { return statusNow() == NotificationAuthorizationStatus::denied; })) << "GNOME's switch turned off";
+        EXPECT_TRUE(waitUntil([&] { return statusNow() == NotificationAuthorizationStatus::denied; }))
+            << "GNOME's switch turned off";
         gnome.set(true);
-        EXPECT_TRUE(waitUntil([&] { return statusNow() == NotificationAuthorizationStatus::authorized; })) << "and on again";
+        EXPECT_TRUE(waitUntil([&] { return statusNow() == NotificationAuthorizationStatus::authorized; }))
+            << "and on again";
     }
 
     m_session.stopMocks();
-    EXPECT_TRUE(waitUntil([&] { return statusNow() == NotificationAuthorizationStatus::denied; })) << "a server that goes, with none the bus could start";
+    EXPECT_TRUE(waitUntil([&] { return statusNow() == NotificationAuthorizationStatus::denied; }))
+        << "a server that goes, with none the bus could start";
 }
 
 TEST_F(DesktopNotificationCenterTest, Authorization_IsAnsweredWithoutAMessageOnTheBus)
@@ -338,11 +374,14 @@ TEST_F(DesktopNotificationCenterTest, Authorization_IsAnsweredWithoutAMessageOnT
     // removal: the count is shared with the filter until GDBus lets it go.
     auto outgoing = std::make_shared<std::atomic<int>>(0);
     const guint filter = g_dbus_connection_add_filter(
-        bus, [](GDBusConnection* /*connection*/, GDBusMessage* message, gboolean incoming, gpointer count) -> GDBusMessage* {
+        bus,
+        [](GDBusConnection* /*connection*/, GDBusMessage* message, gboolean incoming, gpointer count) -> GDBusMessage* {
             if (incoming == FALSE)
                 ++**static_cast<std::shared_ptr<std::atomic<int>>*>(count);
-            return message; },
-        new std::shared_ptr<std::atomic<int>>(outgoing), [](gpointer count) { delete static_cast<std::shared_ptr<std::atomic<int>>*>(count); });
+            return message;
+        },
+        new std::shared_ptr<std::atomic<int>>(outgoing),
+        [](gpointer count) { delete static_cast<std::shared_ptr<std::atomic<int>>*>(count); });
     Answers<bool> grants;
     for (int request = 0; request < 5; ++request) {
         EXPECT_EQ(statusNow(), NotificationAuthorizationStatus::authorized);

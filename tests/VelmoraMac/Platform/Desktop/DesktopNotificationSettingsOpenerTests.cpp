@@ -25,7 +25,8 @@ TEST(DesktopNotificationSettingsOpener, SettingsCommand_MatchesAnyDesktopOfTheLi
         {.currentDesktop = "", .command = {}},
     };
     for (const DesktopCase& testCase : cases)
-        EXPECT_EQ(DesktopNotificationSettingsOpener::settingsCommandFor(testCase.currentDesktop), testCase.command) << testCase.currentDesktop;
+        EXPECT_EQ(DesktopNotificationSettingsOpener::settingsCommandFor(testCase.currentDesktop), testCase.command)
+            << testCase.currentDesktop;
 }
 
 TEST(DesktopNotificationSettingsOpener, NothingToOpen_LeavesOneDiagnosticLine)
@@ -41,7 +42,8 @@ TEST(DesktopNotificationSettingsOpener, NothingToOpen_LeavesOneDiagnosticLine)
     DesktopNotificationSettingsOpener({"missing", "notifications"}, launcher, log).openNotificationSettings();
     DesktopNotificationSettingsOpener({}, launcher, log).openNotificationSettings();
 
-    EXPECT_EQ(launched, (std::vector<std::vector<std::string>>{{"xfce4-notifyd-config"}, {"missing", "notifications"}}));
+    EXPECT_EQ(
+        launched, (std::vector<std::vector<std::string>>{{"xfce4-notifyd-config"}, {"missing", "notifications"}}));
     EXPECT_EQ(log->lines().size(), 2U) << "a line for the failed start and one for no command";
 }
 

@@ -48,15 +48,19 @@ DesktopSession::DesktopSession()
 {
     g_test_dbus_up(m_sessionBus);
     GError* error = nullptr;
-    m_session = ObjectPointer<GDBusConnection>::adopt(g_dbus_connection_new_for_address_sync(g_test_dbus_get_bus_address(m_sessionBus),
-        static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION), nullptr, nullptr, &error));
+    m_session = ObjectPointer<GDBusConnection>::adopt(
+        g_dbus_connection_new_for_address_sync(g_test_dbus_get_bus_address(m_sessionBus),
+            static_cast<GDBusConnectionFlags>(
+                G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
+            nullptr, nullptr, &error));
     if (!m_session)
         throw errorFrom("session bus", error);
 
     // A second daemon with the session configuration stands in for the
     // system bus: the services the library watches there are mocks too.
     const char* const daemonArguments[] = {"dbus-daemon", "--session", "--nofork", "--print-address=1", nullptr};
-    m_systemBusDaemon = ObjectPointer<GSubprocess>::adopt(g_subprocess_newv(daemonArguments, G_SUBPROCESS_FLAGS_STDOUT_PIPE, &error));
+    m_systemBusDaemon
+        = ObjectPointer<GSubprocess>::adopt(g_subprocess_newv(daemonArguments, G_SUBPROCESS_FLAGS_STDOUT_PIPE, &error));
     if (!m_systemBusDaemon)
         throw errorFrom("system bus", error);
     GDataInputStream* lines = g_data_input_stream_new(g_subprocess_get_stdout_pipe(m_systemBusDaemon.get()));
@@ -67,7 +71,9 @@ DesktopSession::DesktopSession()
         throw errorFrom("system bus address", error);
     g_setenv("DBUS_SYSTEM_BUS_ADDRESS", address, TRUE);
     m_system = ObjectPointer<GDBusConnection>::adopt(g_dbus_connection_new_for_address_sync(address,
-        static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION), nullptr, nullptr, &error));
+        static_cast<GDBusConnectionFlags>(
+            G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
+        nullptr, nullptr, &error));
     g_free(address);
     if (!m_system)
         throw errorFrom("system bus connection", error);
@@ -110,7 +116,8 @@ void DesktopSession::startMock(Bus bus, const std::string& name, const std::vect
         argv.push_back(argument.c_str());
     argv.push_back(nullptr);
     GError* error = nullptr;
-    auto mock = ObjectPointer<GSubprocess>::adopt(g_subprocess_newv(argv.data(), G_SUBPROCESS_FLAGS_STDOUT_SILENCE, &error));
+    auto mock
+        = ObjectPointer<GSubprocess>::adopt(g_subprocess_newv(argv.data(), G_SUBPROCESS_FLAGS_STDOUT_SILENCE, &error));
     if (!mock)
         throw errorFrom("dbusmock", error);
     m_mocks.push_back(std::move(mock));
@@ -131,8 +138,9 @@ void DesktopSession::stopMocks()
 
 bool DesktopSession::hasOwner(Bus bus, const std::string& name) const
 {
-    GVariant* reply = g_dbus_connection_call_sync(connection(bus), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "NameHasOwner",
-        g_variant_new("(s)", name.c_str()), G_VARIANT_TYPE("(b)"), G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr);
+    GVariant* reply = g_dbus_connection_call_sync(connection(bus), "org.freedesktop.DBus", "/org/freedesktop/DBus",
+        "org.freedesktop.DBus", "NameHasOwner", g_variant_new("(s)", name.c_str()), G_VARIANT_TYPE("(b)"),
+        G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr);
     if (reply == nullptr)
         return false;
     gboolean owned = FALSE;
@@ -145,23 +153,28 @@ void DesktopSession::startTrayWatcher()
 {
     const std::string name = "org.kde.StatusNotifierWatcher";
     startMock(Bus::session, name, {name, "/StatusNotifierWatcher", name});
-    call(Bus::session, name, "/StatusNotifierWatcher", "org.freedesktop.DBus.Mock", "AddMethod", g_variant_new("(sssss)", "", "RegisterStatusNotifierItem", "s", "", ""));
+    call(Bus::session, name, "/StatusNotifierWatcher", "org.freedesktop.DBus.Mock", "AddMethod",
+        g_variant_new("(sssss)", "", "RegisterStatusNotifierItem", "s", "", ""));
     call(Bus::session, name, "/StatusNotifierWatcher", "org.freedesktop.DBus.Mock", "AddProperty",
         g_variant_new("(ssv)", "", "IsStatusNotifierHostRegistered", g_variant_new_boolean(TRUE)));
 }
 
-DesktopSession::VariantPointer DesktopSession::call(Bus bus, const std::string& name, const std::string& path, const std::string& interface, const std::string& method, GVariant* parameters) const
+DesktopSession::VariantPointer DesktopSession::call(Bus bus, const std::string& name, const std::string& path,
+    const std::string& interface, const std::string& method, GVariant* parameters) const
 {
     GError* error = nullptr;
-    GVariant* reply = g_dbus_connection_call_sync(connection(bus), name.c_str(), path.c_str(), interface.c_str(), method.c_str(), parameters, nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, &error);
+    GVariant* reply = g_dbus_connection_call_sync(connection(bus), name.c_str(), path.c_str(), interface.c_str(),
+        method.c_str(), parameters, nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, &error);
     if (reply == nullptr)
         throw errorFrom(method, error);
     return VariantPointer::adopt(reply);
 }
 
-std::vector<DesktopSession::MockCall> DesktopSession::mockCalls(Bus bus, const std::string& name, const std::string& path, const std::string& method) const
+std::vector<DesktopSession::MockCall> DesktopSession::mockCalls(
+    Bus bus, const std::string& name, const std::string& path, const std::string& method) const
 {
-    const VariantPointer reply = call(bus, name, path, "org.freedesktop.DBus.Mock", "GetMethodCalls", g_variant_new("(s)", method.c_str()));
+    const VariantPointer reply
+        = call(bus, name, path, "org.freedesktop.DBus.Mock", "GetMethodCalls", g_variant_new("(s)", method.c_str()));
     GVariantIter* list = nullptr;
     g_variant_get(reply.get(), "(a(tav))", &list);
     std::vector<MockCall> calls;
@@ -178,9 +191,11 @@ std::vector<DesktopSession::MockCall> DesktopSession::mockCalls(Bus bus, const s
     return calls;
 }
 
-void DesktopSession::emit(Bus bus, const std::string& name, const std::string& path, const char* interface, const char* signal, const char* signature, GVariant* arguments) const
+void DesktopSession::emit(Bus bus, const std::string& name, const std::string& path, const char* interface,
+    const char* signal, const char* signature, GVariant* arguments) const
 {
-    call(bus, name, path, "org.freedesktop.DBus.Mock", "EmitSignal", g_variant_new("(sss@av)", interface, signal, signature, arguments));
+    call(bus, name, path, "org.freedesktop.DBus.Mock", "EmitSignal",
+        g_variant_new("(sss@av)", interface, signal, signature, arguments));
 }
 
 } // namespace velmora::test

@@ -16,7 +16,8 @@ namespace velmora::test {
 // blocking until `done` holds, resting a millisecond whenever nothing is
 // pending; false once `patience` has passed first. A predicate that never
 // holds makes it run the loop for `patience`.
-bool iterateUntil(const std::function<bool()>& done, std::chrono::milliseconds patience = std::chrono::seconds(20), GMainContext* context = nullptr);
+bool iterateUntil(const std::function<bool()>& done, std::chrono::milliseconds patience = std::chrono::seconds(20),
+    GMainContext* context = nullptr);
 
 // A desktop session of the test process's own: a private session bus
 // (GTestDBus, which also points DBUS_SESSION_BUS_ADDRESS at it), a private
@@ -29,12 +30,10 @@ bool iterateUntil(const std::function<bool()>& done, std::chrono::milliseconds p
 // it is gone, before the next session comes.
 class DesktopSession {
 public:
-    template <typename T>
-    using ObjectPointer = GLibPointer<T, g_object_ref, g_object_unref>;
+    template <typename T> using ObjectPointer = GLibPointer<T, g_object_ref, g_object_unref>;
     using VariantPointer = GLibPointer<GVariant, g_variant_ref, g_variant_unref>;
 
-    enum class Bus { session,
-        system };
+    enum class Bus { session, system };
 
     DesktopSession();
     DesktopSession(const DesktopSession&) = delete;
@@ -55,7 +54,8 @@ public:
 
     // A blocking call to a service of another process (a mock); throws with
     // the D-Bus error.
-    VariantPointer call(Bus bus, const std::string& name, const std::string& path, const std::string& interface, const std::string& method, GVariant* parameters) const;
+    VariantPointer call(Bus bus, const std::string& name, const std::string& path, const std::string& interface,
+        const std::string& method, GVariant* parameters) const;
     // One call a mock recorded: when it came, in whole seconds since the
     // epoch, and its arguments.
     struct MockCall {
@@ -63,9 +63,11 @@ public:
         std::vector<VariantPointer> arguments;
     };
     // The calls of `method` a mock recorded, in order.
-    [[nodiscard]] std::vector<MockCall> mockCalls(Bus bus, const std::string& name, const std::string& path, const std::string& method) const;
+    [[nodiscard]] std::vector<MockCall> mockCalls(
+        Bus bus, const std::string& name, const std::string& path, const std::string& method) const;
     // Sends a signal from a mock's object; `arguments` is its "av".
-    void emit(Bus bus, const std::string& name, const std::string& path, const char* interface, const char* signal, const char* signature, GVariant* arguments) const;
+    void emit(Bus bus, const std::string& name, const std::string& path, const char* interface, const char* signal,
+        const char* signature, GVariant* arguments) const;
 
     [[nodiscard]] GDBusConnection* connection(Bus bus) const;
 

@@ -90,7 +90,9 @@ protected:
         (void)iterateUntil([this] { return !m_session.hasOwner(Bus::session, m_itemName); });
         // The next test's item must get a connection to its own bus, not
         // this one: the shared connection has to be gone first.
-        g_object_add_weak_pointer(G_OBJECT(m_shared), reinterpret_cast<gpointer*>(&m_shared)); // NOLINT(cppcoreguidelines-pro-type-reinterpret-cast): GLib's weak pointer
+        // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): GLib's weak pointer
+        auto* weak = reinterpret_cast<gpointer*>(&m_shared);
+        g_object_add_weak_pointer(G_OBJECT(m_shared), weak);
         g_object_unref(m_shared);
         EXPECT_TRUE(iterateUntil([this] { return m_shared == nullptr; }));
     }
@@ -108,20 +110,22 @@ protected:
     [[nodiscard]] std::vector<std::string> registrations() const
     {
         std::vector<std::string> services;
-        for (const auto& call : m_session.mockCalls(Bus::session, StatusNotifierItem::watcherName, StatusNotifierItem::watcherPath, "RegisterStatusNotifierItem"))
+        for (const auto& call : m_session.mockCalls(Bus::session, StatusNotifierItem::watcherName,
+                 StatusNotifierItem::watcherPath, "RegisterStatusNotifierItem"))
             services.emplace_back(g_variant_get_string(call.arguments.at(0).get(), nullptr));
         return services;
     }
 
-    enum class Failure { reported,
-        expected };
+    enum class Failure { reported, expected };
 
     // Calls the item (or its menu) as the tray host, iterating the loop
     // that serves it until the answer comes; null after a failure.
-    GVariant* callItem(const char* path, const char* interface, const char* method, GVariant* parameters, Failure failure = Failure::reported)
+    GVariant* callItem(const char* path, const char* interface, const char* method, GVariant* parameters,
+        Failure failure = Failure::reported)
     {
         Reply reply;
-        g_dbus_connection_call(m_host, m_itemName.c_str(), path, interface, method, parameters, nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, &replied, &reply);
+        g_dbus_connection_call(m_host, m_itemName.c_str(), path, interface, method, parameters, nullptr,
+            G_DBUS_CALL_FLAGS_NONE, -1, nullptr, &replied, &reply);
         EXPECT_TRUE(iterateUntil([&] { return reply.done; })) << method;
         if (reply.error != nullptr) {
             if (failure == Failure::reported)
@@ -136,7 +140,10 @@ protected:
         drop(callItem(path, interface, method, parameters));
     }
 
-    void click(const char* method) { call(StatusNotifierItem::objectPath, itemInterface, method, g_variant_new("(ii)", 10, 10)); }
+    void click(const char* method)
+    {
+        call(StatusNotifierItem::objectPath, itemInterface, method, g_variant_new("(ii)", 10, 10));
+    }
 
     std::vector<std::string> menuLayout(std::vector<gint32>& ids)
     {
@@ -144,7 +151,8 @@ protected:
         // comes, from the loop; until then the call fails.
         GVariant* layout = nullptr;
         EXPECT_TRUE(iterateUntil([&] {
-            layout = callItem(StatusNotifierItem::menuPath, menuInterface, "GetLayout", g_variant_new("(ii@as)", 0, -1, g_variant_new_strv(nullptr, 0)), Failure::expected);
+            layout = callItem(StatusNotifierItem::menuPath, menuInterface, "GetLayout",
+                g_variant_new("(ii@as)", 0, -1, g_variant_new_strv(nullptr, 0)), Failure::expected);
             return layout != nullptr;
         }));
         if (layout == nullptr)
@@ -177,10 +185,12 @@ TEST_F(DesktopStatusBarTest, Registration_WaitsForAWatcherAndFollowsItsRestarts)
     // The bus drops a dead process's names on its own time.
     ASSERT_TRUE(iterateUntil([this] { return !m_session.hasOwner(Bus::session, StatusNotifierItem::watcherName); }));
     m_session.startTrayWatcher();
-    EXPECT_TRUE(iterateUntil([this] { return registrations() == std::vector<std::string>{m_itemName}; })) << "registers with the new watcher";
+    EXPECT_TRUE(iterateUntil([this] { return registrations() == std::vector<std::string>{m_itemName}; }))
+        << "registers with the new watcher";
 
     m_item.reset();
-    EXPECT_TRUE(iterateUntil([this] { return !m_session.hasOwner(Bus::session, m_itemName); })) << "gives its name back";
+    EXPECT_TRUE(iterateUntil([this] { return !m_session.hasOwner(Bus::session, m_itemName); }))
+        << "gives its name back";
 }
 
 // Hosts that find the installed application's icon in the icon theme draw
@@ -188,7 +198,8 @@ TEST_F(DesktopStatusBarTest, Registration_WaitsForAWatcherAndFollowsItsRestarts)
 TEST_F(DesktopStatusBarTest, Icon_IsTheThemedApplicationIconAndThePixmaps)
 {
     makeItem();
-    GVariant* name = callItem(StatusNotifierItem::objectPath, "org.freedesktop.DBus.Properties", "Get", g_variant_new("(ss)", itemInterface, "IconName"));
+    GVariant* name = callItem(StatusNotifierItem::objectPath, "org.freedesktop.DBus.Properties", "Get",
+        g_variant_new("(ss)", itemInterface, "IconName"));
     ASSERT_NE(name, nullptr);
     GVariant* value = nullptr;
     g_variant_get(name, "(v)", &value);
@@ -196,7 +207,8 @@ TEST_F(DesktopStatusBarTest, Icon_IsTheThemedApplicationIconAndThePixmaps)
     g_variant_unref(value);
     g_variant_unref(name);
 
-    GVariant* pixmaps = callItem(StatusNotifierItem::objectPath, "org.freedesktop.DBus.Properties", "Get", g_variant_new("(ss)", itemInterface, "IconPixmap"));
+    GVariant* pixmaps = callItem(StatusNotifierItem::objectPath, "org.freedesktop.DBus.Properties", "Get",
+        g_variant_new("(ss)", itemInterface, "IconPixmap"));
     ASSERT_NE(pixmaps, nullptr);
     g_variant_get(pixmaps, "(v)", &value);
     EXPECT_GE(g_variant_n_children(value), 1U) << "a pixmap keeps the item's place";
@@ -257,7 +269,8 @@ TEST_F(DesktopStatusBarTest, Menu_OffersTheToggleAndTheShellsLatestEntriesAndPop
     ASSERT_TRUE(iterateUntil([&] { return shell.log.size() == 1; }));
 
     std::vector<gint32> ids;
-    EXPECT_EQ(menuLayout(ids), (std::vector<std::string>{"Velmora", "-", "Settings", "-", "Quit"})) << "offered before any host asks";
+    EXPECT_EQ(menuLayout(ids), (std::vector<std::string>{"Velmora", "-", "Settings", "-", "Quit"}))
+        << "offered before any host asks";
 
     shell.titles = {"Einstellungen", "Beenden"};
     call(StatusNotifierItem::menuPath, menuInterface, "AboutToShow", g_variant_new("(i)", 0));
@@ -270,7 +283,8 @@ TEST_F(DesktopStatusBarTest, Menu_OffersTheToggleAndTheShellsLatestEntriesAndPop
     click("SecondaryActivate");
     call(StatusNotifierItem::objectPath, itemInterface, "Scroll", g_variant_new("(is)", 3, "vertical"));
     for (const gint32 chosen : {ids[4], ids[0]})
-        call(StatusNotifierItem::menuPath, menuInterface, "Event", g_variant_new("(isvu)", chosen, "clicked", g_variant_new_int32(0), 0U));
+        call(StatusNotifierItem::menuPath, menuInterface, "Event",
+            g_variant_new("(isvu)", chosen, "clicked", g_variant_new_int32(0), 0U));
     click("Activate");
     ASSERT_TRUE(iterateUntil([&] { return shell.log.size() == 5; }));
     EXPECT_EQ(shell.log, (std::vector<std::string>{"clicked", "clicked", "Beenden", "toggle", "toggle"}));
@@ -295,7 +309,8 @@ TEST_F(DesktopStatusBarTest, Menu_OffersTheToggleAndTheShellsLatestEntriesAndPop
     if (!chosen)
         g_source_remove(chooser);
     ASSERT_TRUE(chosen) << "the menu never came up";
-    EXPECT_EQ(std::vector<std::string>(shell.log.begin() + 5, shell.log.end()), (std::vector<std::string>{"clicked", "Beenden"}));
+    EXPECT_EQ(std::vector<std::string>(shell.log.begin() + 5, shell.log.end()),
+        (std::vector<std::string>{"clicked", "Beenden"}));
 }
 
 TEST(StatusNotifierIcon, Template_IsALightShapeWithADarkOutlineAtEachSize)

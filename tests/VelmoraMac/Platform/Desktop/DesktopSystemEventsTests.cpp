@@ -41,7 +41,11 @@ std::string defaultZone()
 // default context while it waits.
 class DesktopSystemEventsTest : public testing::Test {
 protected:
-    void startEvents() { m_events = std::make_unique<DesktopSystemEvents>(m_hub, m_session.connection(Bus::system), m_session.connection(Bus::session)); }
+    void startEvents()
+    {
+        m_events = std::make_unique<DesktopSystemEvents>(
+            m_hub, m_session.connection(Bus::system), m_session.connection(Bus::session));
+    }
 
     [[nodiscard]] std::size_t postedCount(SystemNotification notification) const
     {
@@ -51,7 +55,8 @@ protected:
     // The sleep inhibitors logind holds, as "what who mode".
     [[nodiscard]] std::vector<std::string> inhibitors() const
     {
-        const auto reply = m_session.call(Bus::system, logindName, logindPath, logindManager, "ListInhibitors", nullptr);
+        const auto reply
+            = m_session.call(Bus::system, logindName, logindPath, logindManager, "ListInhibitors", nullptr);
         std::vector<std::string> held;
         GVariantIter* list = nullptr;
         g_variant_get(reply.get(), "(a(ssssuu))", &list);
@@ -64,7 +69,10 @@ protected:
         return held;
     }
 
-    static bool waitUntil(const std::function<bool()>& done) { return test::iterateUntil(done, std::chrono::seconds(20)); }
+    static bool waitUntil(const std::function<bool()>& done)
+    {
+        return test::iterateUntil(done, std::chrono::seconds(20));
+    }
 
     DesktopSession m_session;
     std::shared_ptr<SystemNotificationHub> m_hub = std::make_shared<SystemNotificationHub>();
@@ -75,19 +83,28 @@ TEST_F(DesktopSystemEventsTest, Sleep_IsDelayedUntilTheObserversHaveRunAndAnnoun
 {
     m_session.startMock(Bus::system, logindName, {"--template", "logind"});
     std::vector<std::vector<std::string>> heldWhileObserving;
-    const auto observer = m_hub->addObserver(SystemNotification::workspaceWillSleep, [&](Window* /*window*/) { heldWhileObserving.push_back(inhibitors()); });
+    const auto observer = m_hub->addObserver(SystemNotification::workspaceWillSleep,
+        [&](Window* /*window*/) { heldWhileObserving.push_back(inhibitors()); });
     startEvents();
     const std::vector<std::string> delaying{"sleep Velmora delay"};
     ASSERT_TRUE(waitUntil([&] { return inhibitors() == delaying; }));
 
-    const auto prepareForSleep = [&](gboolean sleeping) { m_session.emit(Bus::system, logindName, logindPath, logindManager, "PrepareForSleep", "b", g_variant_new_parsed("[<%b>]", sleeping)); };
+    const auto prepareForSleep = [&](gboolean sleeping) {
+        m_session.emit(Bus::system, logindName, logindPath, logindManager, "PrepareForSleep", "b",
+            g_variant_new_parsed("[<%b>]", sleeping));
+    };
     prepareForSleep(TRUE);
-    ASSERT_TRUE(waitUntil([&] { return postedCount(SystemNotification::workspaceWillSleep) == 1 && inhibitors().empty(); }));
-    EXPECT_EQ(heldWhileObserving, std::vector<std::vector<std::string>>{delaying}) << "let go only once the observers had run";
+    ASSERT_TRUE(
+        waitUntil([&] { return postedCount(SystemNotification::workspaceWillSleep) == 1 && inhibitors().empty(); }));
+    EXPECT_EQ(heldWhileObserving, std::vector<std::vector<std::string>>{delaying})
+        << "let go only once the observers had run";
 
     prepareForSleep(FALSE);
-    ASSERT_TRUE(waitUntil([&] { return postedCount(SystemNotification::workspaceDidWake) == 1 && inhibitors() == delaying; }));
-    EXPECT_EQ(m_hub->posted(), (std::vector<SystemNotification>{SystemNotification::workspaceWillSleep, SystemNotification::workspaceDidWake}));
+    ASSERT_TRUE(
+        waitUntil([&] { return postedCount(SystemNotification::workspaceDidWake) == 1 && inhibitors() == delaying; }));
+    EXPECT_EQ(m_hub->posted(),
+        (std::vector<SystemNotification>{
+            SystemNotification::workspaceWillSleep, SystemNotification::workspaceDidWake}));
 }
 
 TEST_F(DesktopSystemEventsTest, ScreenSaverComingOn_PostsScreensDidSleepFromEitherScreenSaver)
@@ -99,15 +116,18 @@ TEST_F(DesktopSystemEventsTest, ScreenSaverComingOn_PostsScreensDidSleepFromEith
     startEvents();
 
     for (const gboolean active : {gboolean{FALSE}, gboolean{TRUE}})
-        (void)m_session.call(Bus::session, gnome, "/org/gnome/ScreenSaver", gnome, "SetActive", g_variant_new("(b)", active));
+        (void)m_session.call(
+            Bus::session, gnome, "/org/gnome/ScreenSaver", gnome, "SetActive", g_variant_new("(b)", active));
     ASSERT_TRUE(waitUntil([&] { return postedCount(SystemNotification::workspaceScreensDidSleep) == 1; }));
     for (const gboolean active : {gboolean{FALSE}, gboolean{TRUE}})
-        m_session.emit(Bus::session, freedesktop, "/ScreenSaver", freedesktop, "ActiveChanged", "b", g_variant_new_parsed("[<%b>]", active));
+        m_session.emit(Bus::session, freedesktop, "/ScreenSaver", freedesktop, "ActiveChanged", "b",
+            g_variant_new_parsed("[<%b>]", active));
     ASSERT_TRUE(waitUntil([&] { return postedCount(SystemNotification::workspaceScreensDidSleep) == 2; }));
     EXPECT_EQ(m_hub->posted().size(), 2U) << "the screen saver going off posts nothing";
 }
 
-void countSignal(GDBusConnection* /*connection*/, const gchar* /*sender*/, const gchar* /*path*/, const gchar* /*interfaceName*/, const gchar* /*signal*/, GVariant* /*parameters*/, gpointer count)
+void countSignal(GDBusConnection* /*connection*/, const gchar* /*sender*/, const gchar* /*path*/,
+    const gchar* /*interfaceName*/, const gchar* /*signal*/, GVariant* /*parameters*/, gpointer count)
 {
     ++*static_cast<int*>(count);
 }
@@ -118,23 +138,28 @@ TEST_F(DesktopSystemEventsTest, ZoneSetThroughTimedated_IsAdoptedAndPostedOncePe
     m_session.startMock(Bus::system, timedateName, {"--template", "timedated"});
     const auto setZone = [&](const char* zone) {
         g_setenv("TZ", zone, TRUE);
-        (void)m_session.call(Bus::system, timedateName, timedatePath, timedateName, "SetTimezone", g_variant_new("(sb)", zone, FALSE));
+        (void)m_session.call(
+            Bus::system, timedateName, timedatePath, timedateName, "SetTimezone", g_variant_new("(sb)", zone, FALSE));
     };
     std::vector<std::string> zonesObserved;
-    const auto observer = m_hub->addObserver(SystemNotification::systemTimeZoneDidChange, [&](Window* /*window*/) { zonesObserved.push_back(defaultZone()); });
+    const auto observer = m_hub->addObserver(SystemNotification::systemTimeZoneDidChange,
+        [&](Window* /*window*/) { zonesObserved.push_back(defaultZone()); });
     startEvents();
     // Told on the same connection and context, after the events' own
     // subscription: once this has heard a signal, so have they.
     int heard = 0;
     GDBusConnection* system = m_session.connection(Bus::system);
-    const guint subscription = g_dbus_connection_signal_subscribe(system, timedateName, "org.freedesktop.DBus.Properties", "PropertiesChanged", timedatePath, nullptr, G_DBUS_SIGNAL_FLAGS_NONE, &countSignal, &heard, nullptr);
+    const guint subscription
+        = g_dbus_connection_signal_subscribe(system, timedateName, "org.freedesktop.DBus.Properties",
+            "PropertiesChanged", timedatePath, nullptr, G_DBUS_SIGNAL_FLAGS_NONE, &countSignal, &heard, nullptr);
 
     // As timedated does: the zone changes first, then the bus tells of it;
     // a second word of the same change, and one of another property, do
     // not count.
     setZone("Asia/Tokyo");
     setZone("Asia/Tokyo");
-    (void)m_session.call(Bus::system, timedateName, timedatePath, timedateName, "SetNTP", g_variant_new("(bb)", FALSE, FALSE));
+    (void)m_session.call(
+        Bus::system, timedateName, timedatePath, timedateName, "SetNTP", g_variant_new("(bb)", FALSE, FALSE));
     ASSERT_TRUE(waitUntil([&] { return heard >= 3; }));
     EXPECT_EQ(zonesObserved, std::vector<std::string>{"Asia/Tokyo"}) << "adopted before the observers ran";
 

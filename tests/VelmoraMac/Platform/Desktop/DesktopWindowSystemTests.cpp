@@ -41,7 +41,8 @@ bool quiet()
 bool mapped(GtkWindow* window)
 {
     GdkWindow* gdkWindow = gtk_widget_get_window(GTK_WIDGET(window));
-    return gtk_widget_get_mapped(GTK_WIDGET(window)) && (gdk_window_get_state(gdkWindow) & GDK_WINDOW_STATE_WITHDRAWN) == 0;
+    return gtk_widget_get_mapped(GTK_WIDGET(window))
+        && (gdk_window_get_state(gdkWindow) & GDK_WINDOW_STATE_WITHDRAWN) == 0;
 }
 
 // A channel (0...255) of a pixel of an ARGB32 surface: 24 for alpha, 8
@@ -50,7 +51,8 @@ int channelAt(cairo_surface_t* surface, int x, int y, unsigned shift)
 {
     cairo_surface_flush(surface);
     const unsigned char* data = cairo_image_surface_get_data(surface);
-    const auto* pixel = reinterpret_cast<const std::uint32_t*>(data + static_cast<std::ptrdiff_t>(y) * cairo_image_surface_get_stride(surface));
+    const auto* pixel = reinterpret_cast<const std::uint32_t*>(
+        data + static_cast<std::ptrdiff_t>(y) * cairo_image_surface_get_stride(surface));
     return static_cast<int>((pixel[x] >> shift) & 0xFFU);
 }
 
@@ -77,7 +79,8 @@ protected:
         if (gtk_init_check(nullptr, nullptr) == FALSE)
             GTEST_SKIP() << "no display";
         m_monitors = std::make_unique<DesktopEventMonitors>();
-        m_system = std::make_unique<DesktopWindowSystem>(m_notifications, *m_monitors, NotNullShared<GtkShellViews>::make());
+        m_system
+            = std::make_unique<DesktopWindowSystem>(m_notifications, *m_monitors, NotNullShared<GtkShellViews>::make());
     }
 
     // A window the way a renderer makes one: a toplevel with a drawing
@@ -186,7 +189,8 @@ TEST_F(DesktopWindowSystemTest, Frames_AreInBottomLeftScreenCoordinatesBothWays)
     EXPECT_EQ(pond->frame(), wanted);
     pond->orderFront();
     ASSERT_TRUE(iterateUntil([&] { return mapped(renderer) && placed(renderer, wanted) && quiet(); }));
-    EXPECT_EQ(pond->frame(), wanted) << pond->frame().minX() << ", " << pond->frame().minY() << " " << pond->frame().width() << " x " << pond->frame().height();
+    EXPECT_EQ(pond->frame(), wanted) << pond->frame().minX() << ", " << pond->frame().minY() << " "
+                                     << pond->frame().width() << " x " << pond->frame().height();
 
     // The frame's top edge lies 200 + 300 points below the screen's top.
     GdkRectangle extents;
@@ -208,10 +212,12 @@ TEST_F(DesktopWindowSystemTest, ChildWindows_FollowTheirParentUntilRemoved)
     pond->addChildWindow(*panel, WindowOrdering::above);
     EXPECT_EQ(panel->parentWindow(), pond.get());
     EXPECT_EQ(gtk_window_get_transient_for(desktopPanel.gtkWindow()), renderer);
-    EXPECT_TRUE(gtk_window_get_skip_taskbar_hint(desktopPanel.gtkWindow())) << "joined, the pond's taskbar entry stands for both";
+    EXPECT_TRUE(gtk_window_get_skip_taskbar_hint(desktopPanel.gtkWindow()))
+        << "joined, the pond's taskbar entry stands for both";
     pond->orderFront();
     EXPECT_TRUE(panel->isVisible()) << "shown with its parent";
-    ASSERT_TRUE(iterateUntil([&] { return gtk_widget_get_mapped(GTK_WIDGET(desktopPanel.gtkWindow())) && pond->frame() == frame; }));
+    ASSERT_TRUE(iterateUntil(
+        [&] { return gtk_widget_get_mapped(GTK_WIDGET(desktopPanel.gtkWindow())) && pond->frame() == frame; }));
 
     // The user drags and resizes the parent through the window manager.
     gtk_window_move(renderer, 300, 100);
@@ -222,9 +228,11 @@ TEST_F(DesktopWindowSystemTest, ChildWindows_FollowTheirParentUntilRemoved)
         gdk_window_get_frame_extents(gtk_widget_get_window(GTK_WIDGET(desktopPanel.gtkWindow())), &extents);
         GdkRectangle parent;
         gdk_window_get_frame_extents(gtk_widget_get_window(GTK_WIDGET(renderer)), &parent);
-        return extents.x == parent.x && extents.y == parent.y && extents.width == parent.width && extents.height == parent.height;
+        return extents.x == parent.x && extents.y == parent.y && extents.width == parent.width
+            && extents.height == parent.height;
     })) << "the panel window itself is moved, not only its record";
-    EXPECT_TRUE(iterateUntil([&] { return std::ranges::count(posted(), SystemNotification::windowDidResize) >= 2; })) << "both windows report their new size";
+    EXPECT_TRUE(iterateUntil([&] { return std::ranges::count(posted(), SystemNotification::windowDidResize) >= 2; }))
+        << "both windows report their new size";
 
     pond->removeChildWindow(*panel);
     EXPECT_EQ(panel->parentWindow(), nullptr);
@@ -258,15 +266,19 @@ TEST_F(DesktopWindowSystemTest, FullScreen_PostsWillDuringTheCallAndDidOnceTheWi
     ASSERT_NE(pond, nullptr);
     pond->makeKeyAndOrderFront();
     ASSERT_TRUE(iterateUntil([&] { return mapped(renderer) && quiet(); }));
-    const auto stateIsFullScreen = [&] { return (gdk_window_get_state(gtk_widget_get_window(GTK_WIDGET(renderer))) & GDK_WINDOW_STATE_FULLSCREEN) != 0; };
+    const auto stateIsFullScreen = [&] {
+        return (gdk_window_get_state(gtk_widget_get_window(GTK_WIDGET(renderer))) & GDK_WINDOW_STATE_FULLSCREEN) != 0;
+    };
 
     // In and out again with a window manager; without one the window
     // never changes, so the second toggle tries to enter again.
     for (int toggle = 0; toggle < 2; ++toggle) {
         const bool entering = !pond->isFullScreen();
         SCOPED_TRACE(entering ? "entering" : "leaving");
-        const SystemNotification will = entering ? SystemNotification::windowWillEnterFullScreen : SystemNotification::windowWillExitFullScreen;
-        const SystemNotification did = entering ? SystemNotification::windowDidEnterFullScreen : SystemNotification::windowDidExitFullScreen;
+        const SystemNotification will
+            = entering ? SystemNotification::windowWillEnterFullScreen : SystemNotification::windowWillExitFullScreen;
+        const SystemNotification did
+            = entering ? SystemNotification::windowDidEnterFullScreen : SystemNotification::windowDidExitFullScreen;
         const std::size_t before = posted().size();
         pond->toggleFullScreen();
         ASSERT_EQ(posted().size(), before + 1);
@@ -276,7 +288,10 @@ TEST_F(DesktopWindowSystemTest, FullScreen_PostsWillDuringTheCallAndDidOnceTheWi
 
         // With a window manager the state answers; without one the
         // transition still ends, after the window system's patience.
-        ASSERT_TRUE(iterateUntil([&] { return std::ranges::find(posted().begin() + static_cast<std::ptrdiff_t>(before), posted().end(), did) != posted().end(); }));
+        ASSERT_TRUE(iterateUntil([&] {
+            return std::ranges::find(posted().begin() + static_cast<std::ptrdiff_t>(before), posted().end(), did)
+                != posted().end();
+        }));
         EXPECT_EQ(pond->isFullScreen(), stateIsFullScreen());
         ASSERT_TRUE(iterateUntil(quiet));
         EXPECT_EQ(std::ranges::count(posted().begin() + static_cast<std::ptrdiff_t>(before), posted().end(), did), 1);
@@ -307,7 +322,8 @@ TEST_F(ChromeTest, OverPond_TakesGearClicksAndLetsEveryOtherClickThrough)
     const Rect frame(200, 100, 780, 560);
     pond->setFrame(frame, FrameDisplay::immediate);
     pond->makeKeyAndOrderFront();
-    ASSERT_TRUE(iterateUntil([&] { return mapped(renderer) && placed(renderer, frame) && pond->frame() == frame && quiet(); }));
+    ASSERT_TRUE(
+        iterateUntil([&] { return mapped(renderer) && placed(renderer, frame) && pond->frame() == frame && quiet(); }));
     const Size content = pond->contentView()->bounds().size;
     ASSERT_TRUE(iterateUntil([&] { return chrome->size() == content; }));
     EXPECT_LE(content.height, frame.height()) << "the content lies below the title bar";
@@ -317,9 +333,11 @@ TEST_F(ChromeTest, OverPond_TakesGearClicksAndLetsEveryOtherClickThrough)
     // What a person sees: the chrome over a plain pond, shaded along the
     // top edge, and the wordmark, the day line and the gear drawn over the
     // shade of their rows.
-    ASSERT_TRUE(GTK_IS_OVERLAY(gtk_bin_get_child(GTK_BIN(renderer)))) << "the renderer's widget now lies under the overlay";
+    ASSERT_TRUE(GTK_IS_OVERLAY(gtk_bin_get_child(GTK_BIN(renderer))))
+        << "the renderer's widget now lies under the overlay";
     const auto drawn = [&] {
-        cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, static_cast<int>(content.width), static_cast<int>(content.height));
+        cairo_surface_t* surface = cairo_image_surface_create(
+            CAIRO_FORMAT_ARGB32, static_cast<int>(content.width), static_cast<int>(content.height));
         cairo_t* cairo = cairo_create(surface);
         gtk_widget_draw(gtk_bin_get_child(GTK_BIN(renderer)), cairo);
         cairo_destroy(cairo);
@@ -342,7 +360,8 @@ TEST_F(ChromeTest, OverPond_TakesGearClicksAndLetsEveryOtherClickThrough)
     EXPECT_GT(drawnOver(layout.wordmark), 60) << "the wordmark";
     EXPECT_GT(drawnOver(layout.days), 25) << "the day line";
     if (const char* folder = g_getenv("VELMORA_SCREENSHOT_DIR")) {
-        EXPECT_EQ(cairo_surface_write_to_png(surface, (std::filesystem::path(folder) / "chrome.png").c_str()), CAIRO_STATUS_SUCCESS);
+        EXPECT_EQ(cairo_surface_write_to_png(surface, (std::filesystem::path(folder) / "chrome.png").c_str()),
+            CAIRO_STATUS_SUCCESS);
     }
     cairo_surface_destroy(surface);
 
@@ -357,7 +376,8 @@ TEST_F(ChromeTest, OverPond_TakesGearClicksAndLetsEveryOtherClickThrough)
     EXPECT_FALSE(sendButton(GDK_BUTTON_PRESS, renderer, elsewhere));
     EXPECT_FALSE(sendButton(GDK_BUTTON_RELEASE, renderer, onGear)) << "the release follows its press to the pond";
     EXPECT_TRUE(sendButton(GDK_BUTTON_PRESS, renderer, onGear));
-    EXPECT_TRUE(sendButton(GDK_BUTTON_RELEASE, renderer, elsewhere)) << "let go off the gear: cancelled, and kept from the pond";
+    EXPECT_TRUE(sendButton(GDK_BUTTON_RELEASE, renderer, elsewhere))
+        << "let go off the gear: cancelled, and kept from the pond";
     EXPECT_EQ(m_settings, 1);
 
     chrome->hide();

@@ -89,15 +89,18 @@ TEST(GdkEventTranslator, Modifiers_MapToOurBitsAndModifierKeysReportTheStateAfte
 {
     using Flags = std::uint64_t;
     EXPECT_EQ(GdkEventTranslator::modifierFlags(GDK_MOD4_MASK), ModifierFlag::command) << "Super as X11 reports it";
-    EXPECT_EQ(GdkEventTranslator::modifierFlags(GDK_BUTTON1_MASK | GDK_MOD2_MASK), Flags{0}) << "buttons and Num Lock are no modifiers here";
+    EXPECT_EQ(GdkEventTranslator::modifierFlags(GDK_BUTTON1_MASK | GDK_MOD2_MASK), Flags{0})
+        << "buttons and Num Lock are no modifiers here";
 
     GdkEventTranslator translate = translator();
     // GDK's state is from before the event: pressing Control adds it,
     // releasing it takes it away.
-    const std::optional<InputEvent> control = translate.translate(*key(GDK_KEY_PRESS, 37, GDK_KEY_Control_L, GDK_SHIFT_MASK));
+    const std::optional<InputEvent> control
+        = translate.translate(*key(GDK_KEY_PRESS, 37, GDK_KEY_Control_L, GDK_SHIFT_MASK));
     EXPECT_EQ(control->type, InputEventType::flagsChanged);
     EXPECT_EQ(control->modifierFlags, ModifierFlag::shift | ModifierFlag::control);
-    const std::optional<InputEvent> released = translate.translate(*key(GDK_KEY_RELEASE, 37, GDK_KEY_Control_L, GDK_CONTROL_MASK | GDK_SUPER_MASK));
+    const std::optional<InputEvent> released
+        = translate.translate(*key(GDK_KEY_RELEASE, 37, GDK_KEY_Control_L, GDK_CONTROL_MASK | GDK_SUPER_MASK));
     EXPECT_EQ(released->type, InputEventType::flagsChanged);
     EXPECT_EQ(released->modifierFlags, ModifierFlag::command);
 }

@@ -35,7 +35,8 @@ protected:
 
     GMainContext* m_context = g_main_context_new();
     std::vector<std::pair<WallClockAlarm::Reason, Instant>> m_rung;
-    std::optional<WallClockAlarm> m_alarm{std::in_place, m_context, [this](WallClockAlarm::Reason reason) { m_rung.emplace_back(reason, wallClockNow()); }};
+    std::optional<WallClockAlarm> m_alarm{std::in_place, m_context,
+        [this](WallClockAlarm::Reason reason) { m_rung.emplace_back(reason, wallClockNow()); }};
 };
 
 TEST_F(WallClockAlarmTest, RingsOnceAtItsInstantNotBeforeAndNeverOnceDisarmed)

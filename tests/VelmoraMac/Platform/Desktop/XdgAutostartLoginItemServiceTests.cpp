@@ -29,9 +29,13 @@ std::vector<std::string> pondCommand()
 
 class XdgAutostartLoginItemServiceTest : public testing::Test {
 protected:
-    [[nodiscard]] fs::path entry() const { return m_folder / "config" / "autostart" / XdgAutostartLoginItemService::entryName; }
+    [[nodiscard]] fs::path entry() const
+    {
+        return m_folder / "config" / "autostart" / XdgAutostartLoginItemService::entryName;
+    }
 
-    [[nodiscard]] XdgAutostartLoginItemService service(std::vector<std::string> command = pondCommand(), std::vector<std::string> settings = {"systemsettings", "kcm_autostart"})
+    [[nodiscard]] XdgAutostartLoginItemService service(std::vector<std::string> command = pondCommand(),
+        std::vector<std::string> settings = {"systemsettings", "kcm_autostart"})
     {
         return {entry(), std::move(command), std::move(settings), [this](const std::vector<std::string>& launched) {
                     m_launched.push_back(launched);
@@ -80,7 +84,8 @@ TEST_F(XdgAutostartLoginItemServiceTest, ChangesMadeElsewhere_AreSeenWhenTheMain
     XdgAutostartLoginItemService login = service();
     fs::create_directories(entry().parent_path());
     DurableFile::write(entry(), launchingEntry);
-    EXPECT_EQ(login.status(), LoginItemStatus::notRegistered) << "nothing is read until the main loop tells of the change";
+    EXPECT_EQ(login.status(), LoginItemStatus::notRegistered)
+        << "nothing is read until the main loop tells of the change";
     ASSERT_TRUE(seen(login, LoginItemStatus::enabled)) << "an entry in a folder made after the service";
 
     DurableFile::write(entry(), hiddenEntry);
@@ -159,15 +164,18 @@ TEST(LoginLaunchMarker, LaunchEvent_IsALoginLaunchOnlyWithTheMarkersValue)
 // that refuses any argument it does not know starts at login all the same.
 TEST(LoginLaunchMarker, LoginCommand_RelaunchesThisProgramWithItsArgumentsAndTheVariable)
 {
-    EXPECT_EQ(LoginLaunchMarker::loginCommand("/opt/pond", {"pond", "-v"}), (std::vector<std::string>{"env", "VELMORA_LOGIN_LAUNCH=1", "/opt/pond", "-v"}));
-    EXPECT_EQ(LoginLaunchMarker::loginCommand("/opt/pond", {}), (std::vector<std::string>{"env", "VELMORA_LOGIN_LAUNCH=1", "/opt/pond"}));
+    EXPECT_EQ(LoginLaunchMarker::loginCommand("/opt/pond", {"pond", "-v"}),
+        (std::vector<std::string>{"env", "VELMORA_LOGIN_LAUNCH=1", "/opt/pond", "-v"}));
+    EXPECT_EQ(LoginLaunchMarker::loginCommand("/opt/pond", {}),
+        (std::vector<std::string>{"env", "VELMORA_LOGIN_LAUNCH=1", "/opt/pond"}));
 }
 
 // What the library starts does not count as started at login; the rest of
 // the environment goes along.
 TEST(LoginLaunchMarker, WithoutMarker_LeavesEverythingElse)
 {
-    gchar** environment = g_environ_setenv(g_environ_setenv(nullptr, "VELMORA_LOGIN_LAUNCH", "1", TRUE), "LANG", "fr_FR.UTF-8", TRUE);
+    gchar** environment
+        = g_environ_setenv(g_environ_setenv(nullptr, "VELMORA_LOGIN_LAUNCH", "1", TRUE), "LANG", "fr_FR.UTF-8", TRUE);
     environment = LoginLaunchMarker::withoutMarker(environment);
     EXPECT_EQ(g_environ_getenv(environment, "VELMORA_LOGIN_LAUNCH"), nullptr);
     EXPECT_STREQ(g_environ_getenv(environment, "LANG"), "fr_FR.UTF-8");

@@ -30,8 +30,10 @@ TEST(ProcessSystemEnvironment, Languages_FollowGettextsRules)
         {"LC_ALL before LC_MESSAGES", {{"LC_ALL", "hi_IN"}, {"LC_MESSAGES", "es_MX"}, {"LANG", "de_DE"}}, {"hi_IN"}},
         {"empty LC_ALL counts as unset", {{"LC_ALL", ""}, {"LANG", "ru_RU.UTF-8"}}, {"ru_RU"}},
         {"C in LC_ALL hides LANG", {{"LC_ALL", "C"}, {"LANG", "ru_RU.UTF-8"}}, {}},
-        {"LANGUAGE stripped, empty and C entries skipped", {{"LANGUAGE", ":ru_RU.KOI8-R::C:fr_FR@euro:POSIX:de"}, {"LANG", "en_US"}}, {"ru_RU", "fr_FR", "de"}},
-        {"LANGUAGE with nothing usable falls back to the locale", {{"LANGUAGE", "::C"}, {"LANG", "es_ES.UTF-8"}}, {"es_ES"}},
+        {"LANGUAGE stripped, empty and C entries skipped",
+            {{"LANGUAGE", ":ru_RU.KOI8-R::C:fr_FR@euro:POSIX:de"}, {"LANG", "en_US"}}, {"ru_RU", "fr_FR", "de"}},
+        {"LANGUAGE with nothing usable falls back to the locale", {{"LANGUAGE", "::C"}, {"LANG", "es_ES.UTF-8"}},
+            {"es_ES"}},
         {"LANGUAGE ignored in the C locale", {{"LANGUAGE", "fr:de"}, {"LANG", "C.UTF-8"}}, {}},
         {"other categories ignored", {{"LC_CTYPE", "fr_FR.UTF-8"}, {"LC_TIME", "de_DE"}}, {}},
     };
