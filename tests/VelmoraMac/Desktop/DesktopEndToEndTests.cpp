@@ -16,6 +16,7 @@
 #include <iterator>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -643,11 +644,19 @@ TEST_F(DesktopEndToEnd, Noticings_WriteTheStateFileAndDoNothingElse)
     m_library.notice(topic);
     ASSERT_TRUE(iterateUntil(
         [&] { return takeSnapshots() > 0 && g_main_context_pending(nullptr) == FALSE && temporaryOnDisk(); }));
+    // The recorder names a temporary once it exists, so the one made ahead
+    // of the first recorded write may still be named after recording starts.
+    std::set<fs::path> madeBefore;
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder))
+        if (isTemporary(entry.path()))
+            madeBefore.insert(entry.path());
 
-    const auto temporariesMade = [&isTemporary] {
+    const auto temporariesMade = [&isTemporary, &madeBefore] {
         int made = 0;
-        for (std::size_t index = 0; index < std::min(fileOpenRecorderCount(), fileOpenRecorderCapacity()); ++index)
-            made += isTemporary(fileOpenRecorderPath(index)) ? 1 : 0;
+        for (std::size_t index = 0; index < std::min(fileOpenRecorderCount(), fileOpenRecorderCapacity()); ++index) {
+            const fs::path opened = fileOpenRecorderPath(index);
+            made += isTemporary(opened) && !madeBefore.contains(opened) ? 1 : 0;
+        }
         return made;
     };
     const OutgoingMessages session(G_BUS_TYPE_SESSION);
